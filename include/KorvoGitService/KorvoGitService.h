@@ -1,0 +1,41 @@
+// All of KorvoGitService.
+
+#ifndef KORVOGITSERVICE_KORVOGITSERVICE_H
+#define KORVOGITSERVICE_KORVOGITSERVICE_H
+
+#include "KorvoGitService/KorvoCore.h"
+#include "KorvoGitService/KorvoGit.h"
+#include "KorvoGitService/KorvoGitServiceBase.h"
+#include "KorvoGitService/KorvoGitServiceErrors.h"
+#include "KorvoGitService/KorvoGitService_vers.h"
+#include "KorvoGitService/RKTAzureDevOpsService.h"
+#include "KorvoGitService/RKTBitbucketServerService.h"
+#include "KorvoGitService/RKTBitbucketService.h"
+#include "KorvoGitService/RKTBundle.h"
+#include "KorvoGitService/RKTDate.h"
+#include "KorvoGitService/RKTError.h"
+#include "KorvoGitService/RKTException.h"
+#include "KorvoGitService/RKTExport.h"
+#include "KorvoGitService/RKTGitHubService.h"
+#include "KorvoGitService/RKTGitLabService.h"
+#include "KorvoGitService/RKTHTTPURLResponse.h"
+#include "KorvoGitService/RKTJSON.h"
+#include "KorvoGitService/RKTMainQueue.h"
+#include "KorvoGitService/RKTNetworkSettings.h"
+#include "KorvoGitService/RKTNumber.h"
+#include "KorvoGitService/RKTOperationQueue.h"
+#include "KorvoGitService/RKTRESTService.h"
+#include "KorvoGitService/RKTRecord.h"
+#include "KorvoGitService/RKTRepositoryMapping.h"
+#include "KorvoGitService/RKTScanner.h"
+#include "KorvoGitService/RKTService.h"
+#include "KorvoGitService/RKTServiceCredentials.h"
+#include "KorvoGitService/RKTServiceIdentifier.h"
+#include "KorvoGitService/RKTServiceRepository.h"
+#include "KorvoGitService/RKTServiceRequest.h"
+#include "KorvoGitService/RKTURL.h"
+#include "KorvoGitService/RKTURLComponents.h"
+#include "KorvoGitService/RKTURLRequest.h"
+#include "KorvoGitService/RKTURLSession.h"
+
+#endif

@@ -1,0 +1,31 @@
+// Where callers' code runs.
+
+#ifndef KORVOGITSERVICE_RKTOPERATIONQUEUE_H
+#define KORVOGITSERVICE_RKTOPERATIONQUEUE_H
+
+#include <functional>
+#include <memory>
+
+#include "KorvoGitService/RKTExport.h"
+
+/// A serial queue: its operations run one at a time, in order, on a small pool of threads that all
+/// queues share. A queue without work costs memory only. An operation that blocks keeps a thread of
+/// the pool from everybody; one that throws ends the process, as on any thread.
+class RKT_EXPORT RKTOperationQueue {
+public:
+    RKTOperationQueue();
+    ~RKTOperationQueue();
+    RKTOperationQueue(const RKTOperationQueue&) = delete;
+    RKTOperationQueue& operator=(const RKTOperationQueue&) = delete;
+
+    /// `addOperationWithBlock:`. Returns at once, from any thread; the operation never runs inside
+    /// this call, and is destroyed on the queue after it ran. The queue object may be destroyed
+    /// before its operations have run.
+    void addOperation(std::function<void()> operation);
+
+private:
+    struct Strand;
+    std::unique_ptr<Strand> strand_;
+};
+
+#endif
