@@ -1,0 +1,59 @@
+#include "KorvoGitService/KorvoGit.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include "support/ASCII.h"
+#include "support/Percent.h"
+#include "support/URLText.h"
+
+namespace {
+
+constexpr rkt::CharacterTable hostNameCharacters("-._");
+
+bool isControl(char c) {
+    return (c >= 0 && c < ' ') || c == '\x7F';
+}
+
+bool isHost(std::string_view text) {
+    return rkt::isIPLiteral(text) || (!text.empty() && std::ranges::all_of(text, [](char c) {
+               return hostNameCharacters.contains(c);
+           }));
+}
+
+/// `user@host:path`, where nothing before the ":" is a "/". The path is no URL text: it is taken
+/// literally, "%", "?" and blanks included. The user is required: `host:path` cannot be told from
+/// a URL whose scheme is "host", such as `mailto:a` or `C:/repo`.
+std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
+    const std::size_t at = text.substr(0, text.find_first_of("/:")).rfind('@');
+    if (at == std::string_view::npos) return std::nullopt;
+    const std::string_view user = text.substr(0, at);
+    const std::string_view hostAndPath = text.substr(at + 1);
+    const std::size_t bracket = hostAndPath.starts_with('[') ? hostAndPath.find(']') : 0;
+    const std::size_t colon = hostAndPath.find(':', bracket);
+    if (colon == std::string_view::npos) return std::nullopt;
+    const std::string_view host = hostAndPath.substr(0, colon);
+    const std::string_view path = hostAndPath.substr(colon + 1);
+    if (user.empty() || path.empty() || !isHost(host)) return std::nullopt;
+    if (std::ranges::any_of(path, isControl) || !rkt::isUTF8(text)) return std::nullopt;
+    return RKTURL::URLWithString("ssh://" + rkt::percentEncode(user, rkt::userOrHostCharacters) +
+                                 "@" + std::string(host) + (path.starts_with('/') ? "" : "/") +
+                                 rkt::percentEncode(path, rkt::pathCharacters));
+}
+
+bool hasHostOrIsFile(const RKTURL& url) {
+    const auto scheme = url.scheme();
+    if (!scheme) return false;
+    if (rkt::equalIgnoringCase(*scheme, "file")) return !url.path().empty();
+    return !url.host().value_or("").empty();
+}
+
+}  // namespace
+
+std::optional<RKTURL> rkt_URLWithString(std::string_view text) {
+    if (auto url = URLFromSCPForm(text)) return url;
+    auto url = RKTURL::URLWithString(text);
+    if (url && !hasHostOrIsFile(*url)) url.reset();
+    return url;
+}

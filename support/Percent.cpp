@@ -1,0 +1,53 @@
+#include "support/Percent.h"
+
+#include <simdjson.h>
+
+#include <cstddef>
+
+namespace rkt {
+
+std::string percentEncode(std::string_view text, const CharacterTable& table) {
+    static constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string encoded;
+    encoded.reserve(text.size());
+    for (const char c : text) {
+        if (table.contains(c)) {
+            encoded += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            encoded += '%';
+            encoded += digits[byte >> 4U];
+            encoded += digits[byte & 15U];
+        }
+    }
+    return encoded;
+}
+
+std::optional<std::string> percentDecode(std::string_view text) {
+    std::string decoded;
+    decoded.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            decoded += text[i];
+            continue;
+        }
+        if (text.size() - i < 3) return std::nullopt;
+        const int high = hexDigitValue(text[i + 1]);
+        const int low = hexDigitValue(text[i + 2]);
+        if (high < 0 || low < 0) return std::nullopt;
+        decoded += static_cast<char>(high * 16 + low);
+        i += 2;
+    }
+    if (!isUTF8(decoded)) return std::nullopt;
+    return decoded;
+}
+
+std::string formValueEncoded(std::string_view value) {
+    return percentEncode(value, formValueCharacters);
+}
+
+bool isUTF8(std::string_view text) {
+    return simdjson::validate_utf8(text.data(), text.size());
+}
+
+}  // namespace rkt

@@ -1,0 +1,74 @@
+#include "support/RequestTarget.h"
+
+#include <charconv>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "support/ASCII.h"
+#include "support/URLText.h"
+
+namespace rkt {
+
+namespace {
+
+constexpr int largestPort = 65535;
+
+std::optional<int> portNumber(std::string_view digits) {
+    int port = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), port);
+    return result.ec == std::errc() && port <= largestPort ? std::optional(port) : std::nullopt;
+}
+
+}  // namespace
+
+std::string RequestTarget::URLForLoading() const {
+    return scheme + "://" + host + (portGiven ? ":" + std::to_string(port) : "") + pathAndQuery;
+}
+
+std::variant<RequestTarget, TargetProblem> requestTarget(const std::optional<RKTURL>& url) {
+    if (!url) return TargetProblem::UnsupportedURL;
+    const URLText text(url->absoluteString());
+    RequestTarget target;
+    target.scheme = asciiLowered(text.scheme.value_or(""));
+    if (target.scheme != "http" && target.scheme != "https") return TargetProblem::UnsupportedURL;
+
+    auto authority = text.authority ? Authority::parse(*text.authority) : std::nullopt;
+    if (!authority || authority->host.empty()) return TargetProblem::BadURL;
+    target.host = std::move(authority->host);
+    target.portGiven = authority->port.has_value();
+    const int schemePort = target.scheme == "https" ? 443 : 80;
+    const auto port = target.portGiven ? portNumber(*authority->port) : schemePort;
+    if (!port) return TargetProblem::BadURL;
+    target.port = *port;
+
+    target.pathAndQuery = text.path.empty() ? "/" : text.path;
+    if (text.query) target.pathAndQuery.append("?").append(*text.query);
+    return target;
+}
+
+bool sameOrigin(const RequestTarget& a, const RequestTarget& b) {
+    return a.scheme == b.scheme && a.port == b.port && equalIgnoringCase(a.host, b.host);
+}
+
+std::string failingURLString(const RKTURL& url) {
+    const URLText text(url.absoluteString());
+    const auto holdsAt = [](std::string_view part) { return part.find('@') != part.npos; };
+    if (holdsAt(text.path) || holdsAt(text.query.value_or("")) ||
+        holdsAt(text.fragment.value_or(""))) {
+        return "";
+    }
+    if (!text.path.empty() && !text.path.starts_with('/')) return "";
+
+    std::string result;
+    if (text.scheme) result.append(*text.scheme).append(":");
+    if (text.authority) {
+        const auto authority = Authority::parse(*text.authority);
+        if (!authority || authority->host.find('%') != std::string::npos) return "";
+        result.append("//").append(authority->host);
+        if (authority->port) result.append(":").append(*authority->port);
+    }
+    return result.append(text.path);
+}
+
+}  // namespace rkt

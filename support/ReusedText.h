@@ -1,0 +1,23 @@
+// The room of a large text, used again by the next one.
+
+#ifndef KORVOGITSERVICE_SUPPORT_REUSEDTEXT_H
+#define KORVOGITSERVICE_SUPPORT_REUSEDTEXT_H
+
+#include <cstddef>
+#include <string>
+
+namespace rkt {
+
+/// Getting the pages of a fresh text from the system, and clearing them, costs as much for a page
+/// of repositories as inflating it. So each thread keeps the largest text that was given back.
+
+/// The thread's kept text, with whatever it contains, if about so much is to go into it; otherwise
+/// an empty one.
+std::string takeReusedText(std::size_t size);
+
+/// @param text  is not needed any more, and holds no secret
+void giveReusedText(std::string text) noexcept;
+
+}  // namespace rkt
+
+#endif

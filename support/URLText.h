@@ -1,0 +1,54 @@
+// Where the parts of a URL stand in its text.
+
+#ifndef KORVOGITSERVICE_SUPPORT_URLTEXT_H
+#define KORVOGITSERVICE_SUPPORT_URLTEXT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace rkt {
+
+/// The five parts of RFC 3986 section 3, as they stand in a text that outlives this.
+///
+/// Splitting never fails: the rule is that of RFC 3986 appendix B, with the one addition that a
+/// scheme must be well-formed. So `git.example.com:8080/x` has the scheme "git.example.com", while
+/// `10.0.0.1:8080/x` and `git@host:x` are all path, where the RFC's grammar would refuse them.
+struct URLText {
+    explicit URLText(std::string_view text);
+
+    std::optional<std::string_view> scheme;
+    /// What follows "//", perhaps empty.
+    std::optional<std::string_view> authority;
+    std::string_view path;
+    std::optional<std::string_view> query;
+    std::optional<std::string_view> fragment;
+};
+
+/// RFC 3986 section 3.1.
+bool isScheme(std::string_view text);
+
+/// The parts of an authority that conforms to RFC 3986 section 3.2, percent-encoded.
+struct Authority {
+    /// Nothing when the authority is impossible: a port that is no number, a second "@", a second
+    /// ":" in the user information, brackets around what is no IP address.
+    static std::optional<Authority> parse(std::string_view text);
+
+    std::optional<std::string> user;
+    std::optional<std::string> password;
+    /// An IPv6 address with its brackets.
+    std::string host;
+    /// Digits without leading zeros, as many as there were. Nothing for the empty port of `host:`.
+    std::optional<std::string> port;
+};
+
+/// Whether `text` is an IPv6 or future address within brackets.
+bool isIPLiteral(std::string_view text);
+
+/// A URL's text with every bracket percent-encoded that does not stand in a host which begins with
+/// one: RFC 3986 gives brackets no other place.
+std::string strayBracketsEncoded(std::string_view text);
+
+}  // namespace rkt
+
+#endif
