@@ -1,0 +1,194 @@
+#include "support/curl/CurlLoader.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "support/SharedNetworkSettings.h"
+#include "support/SignalsBlocked.h"
+#include "support/curl/CurlCookieJar.h"
+
+namespace rkt {
+
+CurlLoader::CurlLoader() : multi_(curl_multi_init()) {
+    curl_multi_setopt(multi_.get(), CURLMOPT_PIPELINING, static_cast<long>(CURLPIPE_MULTIPLEX));
+    const SignalsBlocked blocked;
+    thread_ = std::thread([this] { run(); });
+}
+
+// Messages
+// ------------------------------------------------------------------------------------------------------------
+
+template <class Change>
+void CurlLoader::tell(Change change) {
+    {
+        const std::lock_guard lock(mutex_);
+        change(inbox_);
+        if (std::exchange(inbox_.awake, true)) return;
+    }
+    curl_multi_wakeup(multi_.get());
+}
+
+Loader::Token CurlLoader::start(Exchange exchange, Finished finished) {
+    const auto token = ++lastToken_;
+    ++underWay_;
+    tell([&](Inbox& inbox) {
+        inbox.starts.push_back({token, std::move(exchange), std::move(finished)});
+    });
+    return token;
+}
+
+void CurlLoader::cancel(Token token) {
+    tell([&](Inbox& inbox) { inbox.cancels.push_back(token); });
+}
+
+std::shared_ptr<CookieJar> CurlLoader::makeCookieJar() {
+    return std::make_shared<CurlCookieJar>([this](CURLSH* share) {
+        tell([&](Inbox& inbox) { inbox.discardedJars.push_back(share); });
+    });
+}
+
+void CurlLoader::stop() {
+    tell([](Inbox& inbox) { inbox.stop = true; });
+    thread_.join();
+}
+
+// The thread
+// ----------------------------------------------------------------------------------------------------------
+
+void CurlLoader::run() {
+    while (readInbox()) {
+        int running = 0;
+        curl_multi_perform(multi_.get(), &running);
+        finishDone();
+        expire();
+        curl_multi_poll(multi_.get(), nullptr, 0, millisecondsToSleep(), nullptr);
+    }
+}
+
+// False when the loader is to stop. No transfer uses a discarded jar: each holds its jar.
+bool CurlLoader::readInbox() {
+    Inbox inbox;
+    {
+        const std::lock_guard lock(mutex_);
+        std::swap(inbox, inbox_);
+    }
+    for (auto* share : inbox.discardedJars) curl_share_cleanup(share);
+    if (inbox.stop) return false;
+    if (!inbox.starts.empty()) applyConnectionLimits();
+    for (auto& start : inbox.starts) begin(std::move(start));
+    for (const auto token : inbox.cancels) takeOut(token);
+    return true;
+}
+
+void CurlLoader::applyConnectionLimits() {
+    const auto settings = SharedNetworkSettings::instance().get();
+    curl_multi_setopt(multi_.get(), CURLMOPT_MAX_HOST_CONNECTIONS,
+                      static_cast<long>(settings->maximumConnectionsPerOrigin));
+    curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS,
+                      std::max(1L, static_cast<long>(settings->maximumIdleConnections)));
+}
+
+void CurlLoader::begin(Start start) {
+    const auto token = start.token;
+    auto transfer = std::make_unique<CurlTransfer>(token, std::move(start.exchange),
+                                                   std::move(start.finished), handles_.take());
+    auto& entered = *transfers_.emplace(token, std::move(transfer)).first->second;
+    if (!entered.isReady()) return finish(token, entered.takeResult(entered.problem()));
+    deadlines_.set(token, entered.nextLook(std::chrono::steady_clock::now()));
+    if (curl_multi_add_handle(multi_.get(), entered.handle()) != CURLM_OK) {
+        finish(token, entered.takeResult(CURLE_OUT_OF_MEMORY));
+    }
+}
+
+// Takes a transfer out of everything that knows it. Null when it is gone already.
+std::unique_ptr<CurlTransfer> CurlLoader::takeOut(Token token) {
+    const auto found = transfers_.find(token);
+    if (found == transfers_.end()) return nullptr;
+    auto transfer = std::move(found->second);
+    transfers_.erase(found);
+    --underWay_;
+    deadlines_.remove(token);
+    if (transfer->handle()) {
+        curl_multi_remove_handle(multi_.get(), transfer->handle());
+        handles_.give(transfer->takeHandle());
+    }
+    return transfer;
+}
+
+// Transfers whose time has come are looked at: most have received bytes meanwhile and get a new
+// time.
+void CurlLoader::expire() {
+    const auto now = std::chrono::steady_clock::now();
+    while (const auto token = deadlines_.takeDue(now)) {
+        const auto found = transfers_.find(*token);
+        if (found == transfers_.end()) continue;
+        if (found->second->deadline() > now) {
+            deadlines_.set(*token, found->second->nextLook(now));
+        } else {
+            finish(*token, found->second->takeTimeout());
+        }
+    }
+}
+
+// The messages are drained first: removing a handle may invalidate those that were not read yet.
+void CurlLoader::finishDone() {
+    std::vector<std::pair<Token, CURLcode>> done;
+    int left = 0;
+    while (const auto* message = curl_multi_info_read(multi_.get(), &left)) {
+        if (message->msg == CURLMSG_DONE) {
+            done.emplace_back(CurlTransfer::tokenOf(message->easy_handle), message->data.result);
+        }
+    }
+    for (const auto& [token, code] : done) {
+        if (const auto found = transfers_.find(token); found != transfers_.end()) {
+            finish(token, found->second->takeResult(code));
+        }
+    }
+}
+
+void CurlLoader::finish(Token token, ExchangeResult result) {
+    if (const auto transfer = takeOut(token)) transfer->takeFinished()(std::move(result));
+}
+
+int CurlLoader::millisecondsToSleep() const {
+    constexpr std::chrono::milliseconds longest = std::chrono::hours(1);
+    const auto next = deadlines_.next();
+    if (!next) return static_cast<int>(longest.count());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(*next - std::chrono::steady_clock::now());
+    return static_cast<int>(std::clamp(left, std::chrono::milliseconds(0), longest).count());
+}
+
+// The process's loader
+// ------------------------------------------------------------------------------------------------
+
+namespace {
+
+CurlLoader* processLoader = nullptr;
+pid_t loaderProcess = 0;
+
+// libcurl's and OpenSSL's own clean-up at exit comes after this, since they were set up before it
+// was registered; the thread must be gone by then. A forked child has no such thread.
+void stopAtExit() {
+    if (getpid() == loaderProcess) processLoader->stop();
+}
+
+CurlLoader& startProcessLoader() {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    processLoader = new CurlLoader;
+    loaderProcess = getpid();
+    std::atexit(stopAtExit);
+    return *processLoader;
+}
+
+}  // namespace
+
+Loader& sharedLoader() {
+    static auto& loader = startProcessLoader();
+    return loader;
+}
+
+}  // namespace rkt

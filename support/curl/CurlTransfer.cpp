@@ -1,0 +1,241 @@
+#include "support/curl/CurlTransfer.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+#include "KorvoGitService/RKTError.h"
+#include "support/curl/CurlCookieJar.h"
+#include "support/curl/CurlErrors.h"
+
+namespace rkt {
+namespace {
+
+// libcurl drops a field "Name:" but sends "Name;" as a field without a value.
+std::string headerLine(const RKTURLRequest::Header& header) {
+    const bool empty = header.second.find_first_not_of(" \t") == std::string::npos;
+    return empty ? header.first + ";" : header.first + ": " + header.second;
+}
+
+// An IPv6 address among colons.
+std::string inBrackets(const std::string& host) {
+    return host.find(':') != std::string::npos && !host.starts_with('[') ? "[" + host + "]" : host;
+}
+
+// What may be sent twice with the effect of once (RFC 9110 section 9.2.2).
+bool isIdempotent(const std::string& method) {
+    return method != "POST" && method != "PATCH" && method != "CONNECT";
+}
+
+// An "@" ends user information; somebody may have percent-encoded it.
+bool mayHoldUserInformation(const std::optional<std::string>& proxy) {
+    return proxy && proxy->find_first_of("@%") != std::string::npos;
+}
+
+}  // namespace
+
+CurlTransfer::CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finished finished,
+                           EasyHandle handle)
+    : token_(token),
+      exchange_(std::move(exchange)),
+      finished_(std::move(finished)),
+      handle_(std::move(handle)),
+      answer_(exchange_.settings->maximumBodySize) {
+    configure();
+}
+
+template <class T>
+void CurlTransfer::set(CURLoption option, T value) {
+    const auto code = curl_easy_setopt(handle_.get(), option, value);
+    if (problem_ == CURLE_OK) problem_ = code;
+}
+
+void CurlTransfer::append(HeaderList& list, const std::string& line) {
+    if (auto* longer = curl_slist_append(list.get(), line.c_str())) {
+        static_cast<void>(list.release());
+        list.reset(longer);
+    } else {
+        problem_ = CURLE_OUT_OF_MEMORY;
+    }
+}
+
+void CurlTransfer::configure() {
+    if (!handle_) {
+        problem_ = CURLE_OUT_OF_MEMORY;
+        return;
+    }
+    set(CURLOPT_PRIVATE, static_cast<void*>(this));
+    set(CURLOPT_ERRORBUFFER, errorText_);
+    set(CURLOPT_NOSIGNAL, 1L);
+    // A name look-up runs in a thread of its own; ending a transfer must not wait for it.
+    set(CURLOPT_QUICK_EXIT, 1L);
+    configureRequest();
+    configureNetwork();
+    configureReceiving();
+}
+
+void CurlTransfer::configureRequest() {
+    set(CURLOPT_URL, exchange_.url.c_str());
+    set(CURLOPT_PROTOCOLS_STR, "http,https");
+    set(CURLOPT_PATH_AS_IS, 1L);
+    set(CURLOPT_FOLLOWLOCATION, 0L);
+    if (!exchange_.body.empty() || exchange_.method == "POST") {
+        set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(exchange_.body.size()));
+        set(CURLOPT_POSTFIELDS, exchange_.body.c_str());
+    }
+    if (exchange_.method == "HEAD") {
+        set(CURLOPT_NOBODY, 1L);
+    } else if (exchange_.method != "GET" || !exchange_.body.empty()) {
+        set(CURLOPT_CUSTOMREQUEST, exchange_.method.c_str());
+    }
+    for (const auto& header : exchange_.headers) append(headerList_, headerLine(header));
+    append(headerList_, "Expect:");  // not sent, however large the body
+    set(CURLOPT_HTTPHEADER, headerList_.get());
+    if (const auto jar = std::dynamic_pointer_cast<CurlCookieJar>(exchange_.cookies)) {
+        set(CURLOPT_SHARE, jar->share());
+        set(CURLOPT_COOKIEFILE, "");  // turns cookies on, reads no file
+    }
+}
+
+void CurlTransfer::configureNetwork() {
+    const auto& settings = *exchange_.settings;
+    set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+    set(CURLOPT_PIPEWAIT, 1L);  // rather wait to share a connection than open another
+    // When a connection that was used before ends without an answer, libcurl sends the request
+    // again. The server may have acted on the first: a second use of an authorization code takes
+    // back what it brought (RFC 6749 section 4.1.2). The new connection is closed afterwards: no
+    // other such request may use it, and they would pile up.
+    if (!isIdempotent(exchange_.method)) {
+        set(CURLOPT_FRESH_CONNECT, 1L);
+        set(CURLOPT_FORBID_REUSE, 1L);
+    }
+    // Empty rather than unset: unset lets libcurl look into the environment.
+    set(CURLOPT_PROXY, settings.proxy ? settings.proxy->c_str() : "");
+    set(CURLOPT_NOPROXY, "");
+    set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    if (settings.certificateAuthorityFile) {
+        set(CURLOPT_CAINFO, settings.certificateAuthorityFile->c_str());
+        set(CURLOPT_PROXY_CAINFO, settings.certificateAuthorityFile->c_str());
+    }
+    // A folder of authorities would be looked into anew for every connection; a file alone is read
+    // once and kept.
+    set(CURLOPT_CAPATH, nullptr);
+    set(CURLOPT_PROXY_CAPATH, nullptr);
+    for (const auto& mapping : settings.hostMappings) {
+        append(connectTo_, inBrackets(mapping.host) + ":" + std::to_string(mapping.port) + ":" +
+                               inBrackets(mapping.address) + ":" +
+                               std::to_string(mapping.addressPort));
+    }
+    set(CURLOPT_CONNECT_TO, connectTo_.get());
+    // Time is kept by the loader. This is for a host with several addresses: libcurl gives each a
+    // share of it before it tries the next.
+    constexpr std::chrono::milliseconds longest = std::chrono::hours(24);
+    set(CURLOPT_CONNECTTIMEOUT_MS,
+        static_cast<long>(std::min(exchange_.idleTimeout, longest).count()));
+}
+
+void CurlTransfer::configureReceiving() {
+    set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
+    set(CURLOPT_HEADERDATA, this);
+    set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+    set(CURLOPT_WRITEDATA, this);
+}
+
+Loader::Token CurlTransfer::tokenOf(CURL* handle) {
+    char* transfer = nullptr;
+    curl_easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
+    return reinterpret_cast<const CurlTransfer*>(transfer)->token_;
+}
+
+std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
+                                   void* transfer) {
+    auto& self = *static_cast<CurlTransfer*>(transfer);
+    self.touch();
+    return self.answer_.takeHeaderLine({bytes, size * count}) ? size * count : 0;
+}
+
+std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count, void* transfer) {
+    auto& self = *static_cast<CurlTransfer*>(transfer);
+    self.touch();
+    curl_off_t expected = 0;
+    curl_easy_getinfo(self.handle(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &expected);
+    return self.answer_.takeBody({bytes, size * count}, expected) ? size * count : 0;
+}
+
+// Bytes that only libcurl sees, of name resolution and handshakes, count at the end of each phase.
+CurlTransfer::TimePoint CurlTransfer::deadline() const {
+    auto last = lastByte_;
+    for (const auto phase :
+         {CURLINFO_NAMELOOKUP_TIME_T, CURLINFO_CONNECT_TIME_T, CURLINFO_APPCONNECT_TIME_T}) {
+        curl_off_t microseconds = 0;
+        curl_easy_getinfo(handle_.get(), phase, &microseconds);
+        last = std::max(last, started_ + std::chrono::microseconds(microseconds));
+    }
+    return std::min(last + exchange_.idleTimeout, exchange_.deadline);
+}
+
+CurlTransfer::TimePoint CurlTransfer::nextLook(TimePoint now) const {
+    constexpr int looksWhileConnecting = 8;
+    constexpr std::chrono::milliseconds shortest(1);
+    curl_off_t connected = 0;
+    curl_easy_getinfo(handle_.get(), CURLINFO_PRETRANSFER_TIME_T, &connected);
+    if (connected > 0) return deadline();
+    return std::min(deadline(),
+                    now + std::max(exchange_.idleTimeout / looksWhileConnecting, shortest));
+}
+
+// What libcurl says of a proxy may hold the proxy's text, and that a password.
+std::string CurlTransfer::underlyingText(CURLcode code) const {
+    const bool tellsNothing =
+        errorText_[0] == '\0' || mayHoldUserInformation(exchange_.settings->proxy);
+    return tellsNothing ? curl_easy_strerror(code) : errorText_;
+}
+
+// A transfer may also end well for libcurl without an answer that anybody could use: when the
+// connection was closed within the headers, or when the server went over to another protocol.
+std::optional<ExchangeResult::Failure> CurlTransfer::failure(CURLcode code) const {
+    const auto because = [code](std::int64_t meaning, std::string text) {
+        return ExchangeResult::Failure{meaning, code, std::move(text)};
+    };
+    switch (answer_.refusal()) {
+        case AnswerReader::Refusal::NoStatusLine:
+            return because(RKTError::NSURLErrorBadServerResponse, "the status line is none");
+        case AnswerReader::Refusal::HeadersTooLong:
+            return because(RKTError::NSURLErrorBadServerResponse, "the headers are too long");
+        case AnswerReader::Refusal::LengthsDiffer:
+            return because(RKTError::NSURLErrorBadServerResponse, "the body has several lengths");
+        case AnswerReader::Refusal::BodyTooLong:
+            return because(RKTError::NSURLErrorDataLengthExceedsMaximum, "the body is too long");
+        case AnswerReader::Refusal::NoMemory:
+            return because(RKTError::NSURLErrorDataLengthExceedsMaximum,
+                           "there is no memory for it");
+        case AnswerReader::Refusal::None:
+            break;
+    }
+    if (code != CURLE_OK) {
+        return because(transportErrorCode(code, handle_.get(), errorText_), underlyingText(code));
+    }
+    if (answer_.switchesProtocols()) {
+        return because(RKTError::NSURLErrorBadServerResponse, "the server changed the protocol");
+    }
+    if (answer_.status() == 0) {
+        return because(RKTError::NSURLErrorNetworkConnectionLost, "the headers are incomplete");
+    }
+    return std::nullopt;
+}
+
+ExchangeResult CurlTransfer::takeResult(CURLcode code) {
+    ExchangeResult result;
+    result.failure = failure(code);
+    result.status = answer_.status();
+    if (result.status != 0) result.headers = answer_.takeHeaders();
+    if (!result.failure) result.body = answer_.takeBody();
+    return result;
+}
+
+ExchangeResult CurlTransfer::takeTimeout() {
+    return takeResult(CURLE_OPERATION_TIMEDOUT);
+}
+
+}  // namespace rkt

@@ -1,0 +1,75 @@
+// One exchange in libcurl's hands.
+
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "support/curl/AnswerReader.h"
+#include "support/curl/CurlHandles.h"
+#include "support/session/Loader.h"
+
+namespace rkt {
+
+/// Owns everything that libcurl points to while it works, so it does not move. Its callbacks copy
+/// bytes and set flags, nothing else.
+class CurlTransfer {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finished finished,
+                 EasyHandle handle);
+    CurlTransfer(const CurlTransfer&) = delete;
+    CurlTransfer& operator=(const CurlTransfer&) = delete;
+
+    CURL* handle() const { return handle_.get(); }
+    /// False when libcurl refuses a setting, for want of memory or of a file.
+    bool isReady() const { return problem_ == CURLE_OK; }
+    CURLcode problem() const { return problem_; }
+
+    /// When the transfer is too late, as things stand.
+    TimePoint deadline() const;
+    /// When to look at it again at the latest. libcurl keeps no timer for its going on from an
+    /// address that is silent to the host's next one; it does so when it is looked at.
+    TimePoint nextLook(TimePoint now) const;
+
+    ExchangeResult takeResult(CURLcode code);
+    ExchangeResult takeTimeout();
+    Loader::Finished takeFinished() { return std::move(finished_); }
+    /// For another transfer; this one is over, and has left the multi handle.
+    EasyHandle takeHandle() { return std::move(handle_); }
+
+    static Loader::Token tokenOf(CURL* handle);
+
+private:
+    void configure();
+    void configureRequest();
+    void configureNetwork();
+    void configureReceiving();
+    template <class T>
+    void set(CURLoption option, T value);
+    void append(HeaderList& list, const std::string& line);
+
+    static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* transfer);
+    static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* transfer);
+    void touch() { lastByte_ = std::chrono::steady_clock::now(); }
+    std::optional<ExchangeResult::Failure> failure(CURLcode code) const;
+    std::string underlyingText(CURLcode code) const;
+
+    const Loader::Token token_;
+    const Exchange exchange_;
+    Loader::Finished finished_;
+    EasyHandle handle_;
+    HeaderList headerList_;
+    HeaderList connectTo_;
+    CURLcode problem_ = CURLE_OK;
+    char errorText_[CURL_ERROR_SIZE] = "";
+
+    const TimePoint started_ = std::chrono::steady_clock::now();
+    TimePoint lastByte_ = started_;
+    AnswerReader answer_;
+};
+
+}  // namespace rkt

@@ -1,0 +1,85 @@
+// What the session layer needs of an HTTP library: one exchange at a time, by token.
+
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "KorvoGitService/RKTNetworkSettings.h"
+#include "KorvoGitService/RKTURLRequest.h"
+
+namespace rkt {
+
+/// A session's cookies, in memory. Only the loader that made it can look inside; it may be let go
+/// on any thread.
+class CookieJar {
+public:
+    CookieJar(const CookieJar&) = delete;
+    CookieJar& operator=(const CookieJar&) = delete;
+    virtual ~CookieJar() = default;
+
+protected:
+    CookieJar() = default;
+};
+
+/// One exchange: a request to one origin, with no redirects followed. Owns all that it needs.
+struct Exchange {
+    std::string url;  // scheme, host, port, path and query only
+    std::string method;
+    std::vector<RKTURLRequest::Header> headers;  // known to hold no control characters but tabs
+    std::string body;
+    std::shared_ptr<const RKTNetworkSettings> settings;
+    std::chrono::milliseconds idleTimeout;           // without a byte
+    std::chrono::steady_clock::time_point deadline;  // of the whole task
+    std::shared_ptr<CookieJar> cookies;
+};
+
+/// How an exchange ended: with a failure, or with an answer. A status is data here, whatever it
+/// says.
+struct ExchangeResult {
+    struct Failure {
+        std::int64_t code;  // of NSURLErrorDomain
+        std::int64_t underlyingCode;
+        std::string underlyingText;
+    };
+    std::optional<Failure> failure;
+    int status = 0;  // 0: no headers arrived
+    std::vector<RKTURLRequest::Header> headers;
+    std::string body;  // as on the wire, still compressed
+};
+
+/// Moves bytes, on one thread of its own. Everything here may be called from any thread and never
+/// blocks.
+class Loader {
+public:
+    using Token = std::uint64_t;
+    /// Called on the loader's thread, at most once: it hands the result on and returns.
+    using Finished = std::function<void(ExchangeResult result)>;
+
+    Loader(const Loader&) = delete;
+    Loader& operator=(const Loader&) = delete;
+    virtual ~Loader() = default;
+
+    virtual Token start(Exchange exchange, Finished finished) = 0;
+    /// Stops an exchange; it then finishes without a word. Without effect when it has finished
+    /// already.
+    virtual void cancel(Token token) = 0;
+    virtual std::shared_ptr<CookieJar> makeCookieJar() = 0;
+    /// How many were started and have neither finished nor been stopped yet, so that the books can
+    /// be balanced.
+    virtual std::size_t exchangesUnderWay() const = 0;
+
+protected:
+    Loader() = default;
+};
+
+/// The loader of the process; started by its first use, stopped when the process exits.
+Loader& sharedLoader();
+
+}  // namespace rkt

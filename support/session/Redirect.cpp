@@ -1,0 +1,101 @@
+#include "support/session/Redirect.h"
+
+#include <uriparser/Uri.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "KorvoGitService/RKTURLComponents.h"
+#include "support/Percent.h"
+#include "support/RequestTarget.h"
+
+namespace rkt {
+namespace {
+
+struct Grammar {
+    UriUriA uri{};
+    bool parsed = false;
+
+    explicit Grammar(const std::string& text) {
+        parsed = uriParseSingleUriExA(&uri, text.data(), text.data() + text.size(), nullptr) ==
+                 URI_SUCCESS;
+    }
+    Grammar() = default;
+    Grammar(const Grammar&) = delete;
+    Grammar& operator=(const Grammar&) = delete;
+    ~Grammar() { uriFreeUriMembersA(&uri); }
+};
+
+// All that a reference may hold, its own percent-encoding included.
+constexpr CharacterTable referenceCharacters("-._~!$&'()*+,;=:@/?%#[]");
+
+// "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2). Servers
+// also send characters that a URI may not hold; they are percent-encoded, as every client does.
+std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
+    const auto reference = percentEncode(location, referenceCharacters);
+    const Grammar absolute(base.absoluteString());
+    const Grammar relative(reference);
+    if (!absolute.parsed || !relative.parsed) return std::nullopt;
+    Grammar target;
+    if (uriAddBaseUriExA(&target.uri, &relative.uri, &absolute.uri, URI_RESOLVE_STRICTLY) !=
+        URI_SUCCESS) {
+        return std::nullopt;
+    }
+    int length = 0;
+    if (uriToStringCharsRequiredA(&target.uri, &length) != URI_SUCCESS) return std::nullopt;
+    std::string text(static_cast<std::size_t>(length) + 1, '\0');
+    if (uriToStringA(text.data(), &target.uri, length + 1, nullptr) != URI_SUCCESS)
+        return std::nullopt;
+    text.resize(static_cast<std::size_t>(length));
+    return RKTURL::URLWithString(text);
+}
+
+bool becomesGet(const std::string& method, int status) {
+    if (status == 303) return method != "GET" && method != "HEAD";
+    return (status == 301 || status == 302) && method == "POST";
+}
+
+}  // namespace
+
+bool isRedirect(int status) {
+    return status == 301 || status == 302 || status == 303 || status == 307 || status == 308;
+}
+
+std::variant<RKTURLRequest, RKTError::URLCode> requestAfterRedirect(const RKTURLRequest& request,
+                                                                    int status,
+                                                                    std::string_view location) {
+    const auto from = requestTarget(request.URL());
+    const auto* origin = std::get_if<RequestTarget>(&from);
+    if (!origin) return RKTError::NSURLErrorBadURL;
+    const auto url = resolved(*RKTURL::URLWithString(origin->URLForLoading()), location);
+    if (!url) return RKTError::NSURLErrorBadServerResponse;
+    const auto to = requestTarget(url);
+    if (const auto* problem = std::get_if<TargetProblem>(&to)) {
+        return *problem == TargetProblem::UnsupportedURL ? RKTError::NSURLErrorUnsupportedURL
+                                                         : RKTError::NSURLErrorBadServerResponse;
+    }
+    const auto& target = std::get<RequestTarget>(to);
+    if (origin->scheme == "https" && target.scheme != "https")
+        return RKTError::NSURLErrorBadServerResponse;
+
+    RKTURLRequest next(url);
+    next.setHTTPMethod(request.HTTPMethod());
+    next.setHTTPBody(request.HTTPBody());
+    for (const auto& [name, value] : request.allHTTPHeaderFields()) next.setValue(value, name);
+    if (becomesGet(request.HTTPMethod(), status)) {
+        next.setHTTPMethod("GET");
+        next.setHTTPBody({});
+        next.setValue(std::nullopt, "Content-Type");
+    }
+    if (!sameOrigin(*origin, target)) {
+        if (!next.HTTPBody().empty()) return RKTError::NSURLErrorBadServerResponse;
+        next.setValue(std::nullopt, "Authorization");
+        next.setValue(std::nullopt, "Cookie");
+    }
+    return next;
+}
+
+}  // namespace rkt

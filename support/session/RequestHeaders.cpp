@@ -1,0 +1,42 @@
+#include "support/session/RequestHeaders.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "support/session/ContentDecoder.h"
+
+namespace rkt {
+namespace {
+
+bool isToken(std::string_view text) {
+    constexpr std::string_view allowed =
+        "!#$%&'*+-.^_`|~0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ";
+    return !text.empty() && text.find_first_not_of(allowed) == std::string_view::npos;
+}
+
+bool isFieldValue(std::string_view text) {
+    return std::ranges::none_of(text, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return (byte < 0x20 && c != '\t') || byte == 0x7f;
+    });
+}
+
+}  // namespace
+
+bool canBeSent(const RKTURLRequest& request) {
+    return isToken(request.HTTPMethod()) &&
+           std::ranges::all_of(request.allHTTPHeaderFields(), [](const auto& field) {
+               return isToken(field.first) && isFieldValue(field.second);
+           });
+}
+
+std::vector<RKTURLRequest::Header> headersToSend(const RKTURLRequest& request) {
+    auto headers = request.allHTTPHeaderFields();
+    if (!request.valueForHTTPHeaderField("User-Agent"))
+        headers.emplace_back("User-Agent", "KorvoGitService/1.0");
+    if (!request.valueForHTTPHeaderField("Accept-Encoding"))
+        headers.emplace_back("Accept-Encoding", acceptedEncodings);
+    return headers;
+}
+
+}  // namespace rkt
