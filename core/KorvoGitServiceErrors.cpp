@@ -1,0 +1,3 @@
+#include "KorvoGitService/KorvoGitServiceErrors.h"
+
+const char* const RKTKorvoGitServiceErrorDomain = "RKTKorvoGitServiceErrorDomain";
