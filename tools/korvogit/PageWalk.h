@@ -1,0 +1,58 @@
+#pragma once
+
+#include <KorvoGitService/RKTServiceRequest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace korvogit {
+
+/// A walk over all pages of a listing: what to ask for next, what of an answer is new, and where
+/// the list ends. How a service tells the end is in docs/services.md.
+class PageWalk {
+public:
+    using Results = RKTServiceArrayResult::Results;
+
+    /// @param request what to list. Its page does not count; without a number of repositories on a
+    ///                page the pages are as long as the service makes them
+    PageWalk(std::string_view serviceType, std::shared_ptr<const RKTRepositoriesRequest> request);
+
+    std::shared_ptr<const RKTRepositoriesRequest> nextRequest() const;
+    /// Takes the answer to nextRequest(), and gives the repositories that no earlier page had.
+    Results take(const RKTServiceArrayResult& page);
+
+    bool isOver() const { return isOver_; }
+    /// True when it is over because a page had nothing but what came before.
+    bool endsInRepetition() const { return endsInRepetition_; }
+    /// How many pages came, without those that brought nothing.
+    std::int64_t pages() const { return pages_; }
+    /// As far as is known: 0 when it is not.
+    std::int64_t totalNumberOfPages() const;
+    std::size_t repositories() const { return repositories_; }
+
+private:
+    /// How a service tells that there is no further page.
+    enum class End { NoNextLink, EmptyPage };
+
+    RKTNumber nextPage() const;
+    bool isNew(const RKTServiceRepository& repository);
+    bool tellsOfNextPage(const RKTServiceArrayResult& page) const;
+
+    std::shared_ptr<const RKTRepositoriesRequest> request_;
+    bool startsAtRepositories_;  // see nextPage()
+    RKTNumber countPerPage_;
+    End end_;
+    std::unordered_set<std::string> seen_;
+    std::int64_t pages_ = 0;
+    std::int64_t total_ = 0;
+    std::size_t received_ = 0;
+    std::size_t repositories_ = 0;
+    bool isOver_ = false;
+    bool endsInRepetition_ = false;
+};
+
+}  // namespace korvogit

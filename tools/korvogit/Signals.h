@@ -1,0 +1,31 @@
+#pragma once
+
+#include <csignal>
+
+namespace korvogit {
+
+/// From now on SIGINT and SIGTERM end the program at once with the status that belongs to them, and
+/// writing to a pipe that nobody reads is an error of write(2) instead of a signal.
+void installSignalHandlers();
+
+/// While one exists, SIGINT and SIGTERM are held back for its owner to take. Threads that are
+/// started meanwhile hold them back for good, so that the kernel never hands one to them: make it
+/// before the library starts its threads.
+class SignalWatch {
+public:
+    SignalWatch();
+    ~SignalWatch();
+    SignalWatch(const SignalWatch&) = delete;
+    SignalWatch& operator=(const SignalWatch&) = delete;
+
+    /// Readable when a signal has arrived.
+    int fileDescriptor() const { return descriptor_; }
+    /// The signal that arrived.
+    int take();
+
+private:
+    sigset_t previous_;
+    int descriptor_;
+};
+
+}  // namespace korvogit

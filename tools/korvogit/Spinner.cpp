@@ -1,0 +1,57 @@
+#include "Spinner.h"
+
+#include <unistd.h>
+
+#include <array>
+#include <utility>
+
+#include "StandardStreams.h"
+#include "Terminal.h"
+
+namespace korvogit {
+
+namespace {
+
+constexpr std::array braille = {"⠋", "⠙", "⠹", "⠸", "⠼", "⠴", "⠦", "⠧", "⠇", "⠏"};
+constexpr std::array ascii = {"|", "/", "-", "\\"};
+
+// An answer that comes at once shows no spinner, which would only flicker.
+constexpr int millisecondsBeforeTheFirstTurn = 200;
+constexpr int millisecondsBetweenTurns = 80;
+
+}  // namespace
+
+Spinner::Spinner(std::string text, bool wanted)
+    : text_(std::move(text)), spins_(wanted && Terminal::of(STDERR_FILENO).movesCursor) {}
+
+int Spinner::timeout() const {
+    if (!spins_) return -1;
+    return turns_ == 0 ? millisecondsBeforeTheFirstTurn : millisecondsBetweenTurns;
+}
+
+void Spinner::turn() {
+    if (!spins_) return;
+    const char* picture =
+        localeIsUnicode() ? braille[turns_ % braille.size()] : ascii[turns_ % ascii.size()];
+    ++turns_;
+    isShown_ = true;
+    writeError("\r" + std::string(picture) + " " + text_);
+}
+
+void Spinner::say(std::string text) {
+    hide();
+    text_ = std::move(text);
+    turn();
+}
+
+void Spinner::hide() {
+    if (isShown_) writeError("\r\033[K");
+    isShown_ = false;
+}
+
+void Spinner::stop() {
+    hide();
+    spins_ = false;
+}
+
+}  // namespace korvogit

@@ -1,0 +1,23 @@
+#include "TokenUpdate.h"
+
+#include <KorvoGitService/RKTMainQueue.h>
+
+namespace korvogit {
+
+Answer<std::optional<RKTError>> updateToken(
+    const RKTServiceClass& serviceClass, const std::string& serviceName,
+    const std::shared_ptr<RKTServiceCredentials>& credentials, bool isRefresh,
+    std::unique_ptr<SignalWatch> signals, bool spins) {
+    Answer<std::optional<RKTError>> answer;
+    const auto task = serviceClass.updateOAuth2AccessTokenWithCredentials(
+        credentials, isRefresh,
+        [&answer](std::optional<RKTError> error) { answer.value = std::move(error); });
+    Spinner spinner("Asking " + serviceName, spins);
+    answer.signal =
+        waitForHandler(RKTMainQueue::fileDescriptor(), *task, std::move(signals), spinner);
+    spinner.stop();
+    RKTMainQueue::drain();
+    return answer;
+}
+
+}  // namespace korvogit

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "Asking.h"
+
+namespace korvogit {
+
+/// Exchanges the record's code for a token, or refreshes it, and waits for the outcome. This thread
+/// is the library's main thread meanwhile.
+/// @param signals what to wait for besides; it is let go
+/// @param spins   whether a person is waiting for text
+/// @throws RKTInvalidArgumentException when the service has no sign-in with OAuth2
+Answer<std::optional<RKTError>> updateToken(
+    const RKTServiceClass& serviceClass, const std::string& serviceName,
+    const std::shared_ptr<RKTServiceCredentials>& credentials, bool isRefresh,
+    std::unique_ptr<SignalWatch> signals, bool spins);
+
+}  // namespace korvogit
