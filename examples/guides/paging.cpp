@@ -1,0 +1,117 @@
+// All repositories of an account, page by page.
+
+#include <poll.h>
+
+#include <functional>
+#include <iostream>
+#include <unordered_set>
+
+#include "TestServer.h"
+
+/// Fetches page after page. `onPage` and, once at the end, `onEnd` run on the main queue.
+class AllRepositories : public std::enable_shared_from_this<AllRepositories> {
+public:
+    using Results = RKTServiceArrayResult::Results;
+
+    AllRepositories(std::shared_ptr<RKTService> service, std::uint64_t countPerPage,
+                    std::function<void(const Results& page)> onPage,
+                    std::function<void(std::optional<RKTError> error)> onEnd)
+        : service_(std::move(service)),
+          countPerPage_(countPerPage),
+          onPage_(std::move(onPage)),
+          onEnd_(std::move(onEnd)) {}
+
+    void fetch(std::uint64_t page = 1) {
+        const auto request = std::make_shared<RKTRepositoriesRequest>();
+        request->setPage(page);
+        request->setCountPerPage(countPerPage_);
+        // The handler runs on the service's queue; from there the result goes to the main one.
+        const auto self = shared_from_this();
+        service_->fetchRepositoriesWithRequest(request, [self, page](const auto& result) {
+            RKTMainQueue::async([self, page, result] { self->receive(page, *result); });
+        });
+    }
+
+private:
+    void receive(std::uint64_t page, const RKTServiceArrayResult& result) {
+        if (result.error()) return onEnd_(result.error());
+        const Results repositories = withoutRepeated(result.results().value_or(Results()));
+        if (repositories.empty()) return onEnd_(std::nullopt);
+        onPage_(repositories);
+        if (isLastPage(result)) return onEnd_(std::nullopt);
+        fetch(pageAfter(page));
+    }
+
+    /// Bitbucket Server takes (page - 1) / countPerPage for the number of repositories to skip.
+    std::uint64_t pageAfter(std::uint64_t page) const {
+        const bool skips = service_->credentials()->serviceType() == RKTServiceTypeBitbucketServer;
+        return skips ? seen_.size() * countPerPage_ + 1 : page + 1;
+    }
+
+    /// Services that page by links say whether there is a next page. The others, and those whose
+    /// list fits one page, send no links: a page that is not full is the last one.
+    bool isLastPage(const RKTServiceArrayResult& result) const {
+        if (const auto links = result.linkRelations()) {
+            return !links->contains(RKTServiceLinkRelationNext);
+        }
+        return result.results().value_or(Results()).size() < countPerPage_;
+    }
+
+    /// A page may repeat what came before, when the list grows meanwhile.
+    Results withoutRepeated(Results page) {
+        std::erase_if(page, [this](const auto& repository) {
+            const auto identifier = repository->identifier();
+            return identifier && !seen_.insert(*identifier).second;
+        });
+        return page;
+    }
+
+    const std::shared_ptr<RKTService> service_;
+    const std::uint64_t countPerPage_;
+    const std::function<void(const Results& page)> onPage_;
+    const std::function<void(std::optional<RKTError> error)> onEnd_;
+    std::unordered_set<RKTServiceIdentifier> seen_;
+};
+
+/// Lists octavia's repositories and waits for it; a graphical application would not wait.
+static void listRepositories(const char* serviceType, const char* credentialType,
+                             const TestServer& server) {
+    const auto account = std::make_shared<RKTServiceCredentials>(serviceType, credentialType);
+    account->setURL(RKTURL::URLWithString(
+        serviceType == std::string(RKTServiceTypeGitLab) ? "https://gitlab.com" : server.url()));
+    account->setUser("octavia");
+    const bool password = credentialType == std::string(RKTServiceCredentialTypeBasic);
+    account->setToken(password ? "demo-password-octavia" : "demo-token-octavia");
+
+    std::cout << serviceType << ':';
+    bool done = false;
+    const auto service = RKTService::serviceWithCredentials(account);
+    std::make_shared<AllRepositories>(
+        service, 100, [](const auto& page) { std::cout << ' ' << page.size(); },
+        [&done](const std::optional<RKTError>& error) {
+            if (error) std::cout << ' ' << error->localizedDescription();
+            done = true;
+        })
+        ->fetch();
+    pollfd waited = {RKTMainQueue::fileDescriptor(), POLLIN, 0};
+    while (!done) {
+        poll(&waited, 1, -1);
+        RKTMainQueue::drain();
+    }
+    std::cout << '\n';
+    service->finishTasksAndInvalidate();
+}
+
+int main() try {
+    const TestServer server;
+    listRepositories(RKTServiceTypeGitHub, RKTServiceCredentialTypeToken, server);
+    listRepositories(RKTServiceTypeGitHubEnterprise, RKTServiceCredentialTypeToken, server);
+    listRepositories(RKTServiceTypeGitLab, RKTServiceCredentialTypeToken, server);
+    listRepositories(RKTServiceTypeGitLabSelfHosted, RKTServiceCredentialTypeToken, server);
+    listRepositories(RKTServiceTypeBitbucket, RKTServiceCredentialTypeBasic, server);
+    listRepositories(RKTServiceTypeBitbucketServer, RKTServiceCredentialTypeToken, server);
+    return 0;
+} catch (const std::exception& exception) {
+    std::cerr << exception.what() << '\n';
+    return 1;
+}

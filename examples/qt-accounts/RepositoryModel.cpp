@@ -1,0 +1,94 @@
+#include "RepositoryModel.h"
+
+#include <iterator>
+#include <utility>
+
+#include "Library.h"
+
+void RepositoryModel::list(const std::shared_ptr<RKTServiceCredentials>& account) {
+    stop();
+    beginResetModel();
+    repositories_.clear();
+    endResetModel();
+    pages_ = 0;
+    serviceType_ = account->serviceType().value_or("");
+    service_ = RKTService::serviceWithCredentials(account);
+    askForPage();
+}
+
+void RepositoryModel::stop() {
+    if (const auto service = std::exchange(service_, nullptr)) service->invalidateAndCancel();
+}
+
+void RepositoryModel::askForPage() {
+    const bool startsAtRepositories = serviceType_ == RKTServiceTypeBitbucketServer;
+    const std::int64_t count = startsAtRepositories ? 1000 : 100;  // the longest pages there are
+    const auto request = std::make_shared<RKTRepositoriesRequest>();
+    request->setCountPerPage(count);
+    // Bitbucket Server skips (page - 1) / countPerPage repositories, see docs/services.md.
+    request->setPage(startsAtRepositories ? rowCount() * count + 1 : pages_ + 1);
+    using Result = std::shared_ptr<RKTServiceArrayResult>;
+    task_ = service_->fetchRepositoriesWithRequest(
+        request, inMainThread<Result>(this, [this, service = service_](const Result& result) {
+            if (service == service_) take(*result);  // else it is of an earlier listing
+        }));
+}
+
+void RepositoryModel::take(const RKTServiceArrayResult& result) {
+    if (!result.error()) {
+        const auto page = result.results().value_or(RKTServiceArrayResult::Results());
+        const auto links = result.linkRelations();
+        append(page);
+        emit pageArrived(++pages_);
+        // Where no link tells of a next page, an empty one is the last.
+        const bool isToldByLinks = serviceType_ != RKTServiceTypeBitbucket &&
+                                   serviceType_ != RKTServiceTypeBitbucketServer;
+        const bool isLinked = links && links->contains(RKTServiceLinkRelationNext);
+        if (isToldByLinks ? isLinked : !page.empty()) return askForPage();
+    }
+    stop();
+    emit ended(result.error());
+}
+
+void RepositoryModel::append(const RKTServiceArrayResult::Results& repositories) {
+    if (repositories.empty()) return;
+    beginInsertRows({}, rowCount(), rowCount() + int(repositories.size()) - 1);
+    repositories_.insert(repositories_.end(), repositories.begin(), repositories.end());
+    endInsertRows();
+}
+
+static QVariant shown(const std::optional<std::string>& text) {
+    return qtText(text);
+}
+static QVariant shown(const std::optional<RKTNumber>& number) {
+    return number ? QVariant(qlonglong(number->integerValue())) : QVariant();
+}
+
+static const struct {
+    const char* title;
+    QVariant (*value)(const RKTServiceRepository& repository);
+} columns[] = {
+    {"Name", [](auto& r) { return shown(r.fullName() ? r.fullName() : r.name()); }},
+    {"Visibility", [](auto& r) { return shown(r.visibility()); }},
+    {"Stars", [](auto& r) { return shown(r.numberOfStars()); }},
+    {"Forks", [](auto& r) { return shown(r.numberOfForks()); }},
+    {"Branch", [](auto& r) { return shown(r.defaultBranchName()); }},
+    {"Description", [](auto& r) { return shown(r.descriptiveText()); }},
+};
+
+int RepositoryModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : int(std::size(columns));
+}
+
+QVariant RepositoryModel::data(const QModelIndex& index, int role) const {
+    if (role != Qt::DisplayRole && role != Qt::TextAlignmentRole) return {};
+    auto value = columns[index.column()].value(*repositories_[std::size_t(index.row())]);
+    if (role == Qt::DisplayRole) return value;
+    const bool isNumber = value.typeId() == QMetaType::LongLong;
+    return int((isNumber ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+}
+
+QVariant RepositoryModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    const bool isTitle = orientation == Qt::Horizontal && role == Qt::DisplayRole;
+    return isTitle ? QVariant(columns[section].title) : QVariant();
+}
