@@ -1,0 +1,35 @@
+// HTTP/2 in front of the emulator, which speaks HTTP/1.1 alone.
+
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "tools/korvogit-emulator/Emulator.h"
+
+/// An nghttpx process on loopback that terminates TLS with a certificate of the authority and hands
+/// the requests to an HTTP port, each with a "Forwarded" header that is the same for all requests
+/// of one client connection and for no others. It ends with this object. Throws std::runtime_error
+/// when it does not start.
+class HTTP2Front {
+public:
+    HTTP2Front(const emulator::CertificateAuthority& authority, std::uint16_t httpPort);
+    ~HTTP2Front();
+    HTTP2Front(const HTTP2Front&) = delete;
+    HTTP2Front& operator=(const HTTP2Front&) = delete;
+
+    std::uint16_t port() const { return port_; }
+
+private:
+    void writeIdentity(const emulator::Identity& identity) const;
+    void spawn(std::uint16_t httpPort);
+    void waitUntilListening();
+
+    const std::filesystem::path directory_;
+    const std::uint16_t port_;
+    pid_t process_ = -1;
+    int log_ = -1;
+};

@@ -1,0 +1,102 @@
+#include "support/RequestTarget.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+namespace {
+
+using rkt::RequestTarget;
+using rkt::TargetProblem;
+
+RKTURL URL(std::string_view text) {
+    return RKTURL::URLWithString(text).value();
+}
+
+RequestTarget target(std::string_view text) {
+    return std::get<RequestTarget>(rkt::requestTarget(URL(text)));
+}
+
+std::string loadedURL(std::string_view text) {
+    return target(text).URLForLoading();
+}
+
+TEST(RequestTarget, IsUnsupportedWithoutHTTP) {
+    EXPECT_EQ(std::get<TargetProblem>(rkt::requestTarget(std::nullopt)),
+              TargetProblem::UnsupportedURL);
+    for (const auto* text :
+         {"", "/api/v4/user", "//h/x", "git.example.com/x", "git.example.com:80/x", "ftp://h/",
+          "file:///x", "httpss://h", "ssh://[::1"}) {
+        EXPECT_EQ(std::get<TargetProblem>(rkt::requestTarget(URL(text))),
+                  TargetProblem::UnsupportedURL)
+            << text;
+    }
+}
+
+TEST(RequestTarget, IsBadWithoutAHostOrItsStructure) {
+    for (const auto* text :
+         {"https:/api/v4/user", "https:", "http:h/x", "https://", "https:///x", "https://:80/",
+          "https://u@/", "https://h:80a/", "https://h:65536/", "https://h:99999999999999999999/",
+          "https://a@b@c/", "https://[::1", "https://h:-1/"}) {
+        EXPECT_EQ(std::get<TargetProblem>(rkt::requestTarget(URL(text))), TargetProblem::BadURL)
+            << text;
+    }
+}
+
+TEST(RequestTarget, KnowsThePort) {
+    EXPECT_EQ(target("https://h/").port, 443);
+    EXPECT_EQ(target("http://h:/").port, 80);
+    EXPECT_FALSE(target("http://h:/").portGiven);
+    EXPECT_EQ(target("http://h:00008080/").port, 8080);
+    EXPECT_EQ(target("http://h:0/").port, 0);
+    EXPECT_EQ(target("http://h:65535/").port, 65535);
+    EXPECT_TRUE(target("http://h:80/").portGiven);
+}
+
+TEST(RequestTarget, LoadsWithoutUserInformationAndFragment) {
+    EXPECT_EQ(loadedURL("HTTPS://u:p@Host.Example:08443/a/../b%2f?c=d&e#f"),
+              "https://Host.Example:8443/a/../b%2f?c=d&e");
+}
+
+TEST(RequestTarget, LoadsASlashForAnEmptyPath) {
+    EXPECT_EQ(loadedURL("https://h"), "https://h/");
+    EXPECT_EQ(loadedURL("https://h?x"), "https://h/?x");
+    EXPECT_EQ(loadedURL("https://h?"), "https://h/?");
+    EXPECT_EQ(loadedURL("https://h#f"), "https://h/");
+}
+
+TEST(RequestTarget, KeepsTheBracketsOfAnIPv6Host) {
+    EXPECT_EQ(target("https://[::1]:8443/x").host, "[::1]");
+    EXPECT_EQ(loadedURL("https://[::1]:8443/x"), "https://[::1]:8443/x");
+}
+
+TEST(RequestTarget, HasAnOriginOfSchemeHostAndPort) {
+    const RequestTarget one = target("https://h.example/a");
+    EXPECT_TRUE(rkt::sameOrigin(one, target("HTTPS://u@H.EXAMPLE:443/b?c")));
+    EXPECT_FALSE(rkt::sameOrigin(one, target("http://h.example:443/a")));
+    EXPECT_FALSE(rkt::sameOrigin(one, target("https://h.example:444/a")));
+    EXPECT_FALSE(rkt::sameOrigin(one, target("https://h.example./a")));
+    EXPECT_FALSE(rkt::sameOrigin(one, target("https://sub.h.example/a")));
+}
+
+TEST(failingURLString, LeavesOutUserInformationQueryAndFragment) {
+    EXPECT_EQ(rkt::failingURLString(URL("https://user:secret@h:8443/a/b?token=secret#secret")),
+              "https://h:8443/a/b");
+    EXPECT_EQ(rkt::failingURLString(URL("https://[::1]/")), "https://[::1]/");
+    EXPECT_EQ(rkt::failingURLString(URL("https:/api/v4/user?x")), "https:/api/v4/user");
+    EXPECT_EQ(rkt::failingURLString(URL("")), "");
+}
+
+TEST(failingURLString, TellsNothingOfATextThatMayHoldASecretElsewhere) {
+    for (const auto* text :
+         {"https://user:se@cret@h/", "https://user:se/cret@h/", "https://user:12/cret@h/",
+          "https://secret/x@h/", "https://user:se?cret@h/", "https://secret?cret@h/",
+          "https://user:se#cret@h/", "https://secret#cret@h/", "https://user:secret",
+          "https:secret@h/", "user:secret@h/", "secret@h", "secret", "https://user%3Asecret%40h/",
+          "https://user:se:cret@h/", "//user:se/cret@h"}) {
+        EXPECT_EQ(rkt::failingURLString(URL(text)), "") << text;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,31 @@
+#include "support/ReusedText.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+namespace {
+
+TEST(ReusedText, RoomThatWasGivenBackIsTakenOnce) {
+    std::string text(100'000, 'x');
+    const auto* const place = text.data();
+    rkt::giveReusedText(std::move(text));
+    const auto taken = rkt::takeReusedText(90'000);
+    EXPECT_EQ(taken.data(), place);
+    EXPECT_NE(rkt::takeReusedText(90'000).data(), place);
+}
+
+TEST(ReusedText, ASmallTextDoesNotGetMuchRoom) {
+    rkt::giveReusedText(std::string(100'000, 'x'));
+    EXPECT_LT(rkt::takeReusedText(100).capacity(), 1000U);
+}
+
+TEST(ReusedText, AThreadDoesNotHoldOnToAHugeText) {
+    std::thread([] {
+        rkt::giveReusedText(std::string(std::size_t{8} << 20, 'x'));
+        EXPECT_LT(rkt::takeReusedText(std::size_t{8} << 20).capacity(), 1000U);
+    }).join();
+}
+
+}  // namespace

@@ -1,0 +1,89 @@
+// Loading over HTTP/2, as the public services speak it.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "tests/helpers/HTTP2Front.h"
+#include "tests/helpers/Loading.h"
+
+namespace {
+
+class HTTP2 : public testing::Test {
+protected:
+    Origin origin;
+    emulator::CertificateAuthority authority;
+    HTTP2Front front{authority, origin.server.httpPort()};
+
+    HTTP2() {
+        origin.settings.certificateAuthorityFile = authority.file().string();
+        for (auto& mapping : origin.settings.hostMappings) mapping.addressPort = front.port();
+    }
+};
+
+TEST_F(HTTP2, FindsHeadersThatCameInLowerCase) {
+    auto answer = emulator::jsonAnswer(200, "[]");
+    answer.headers.add("Link", R"(<https://api.github.com/x?page=2>; rel="next")");
+    origin.server.script({.path = "/x"}, answer);
+    const Loaded loaded = origin.load("https://api.github.com/x");
+    ASSERT_FALSE(loaded.error) << loaded.error->localizedDescription();
+    EXPECT_EQ(loaded.data, "[]");
+    EXPECT_EQ(loaded.response->valueForHTTPHeaderField("Link"),
+              R"(<https://api.github.com/x?page=2>; rel="next")");
+    const auto& headers = loaded.response->allHeaderFields();
+    EXPECT_TRUE(std::ranges::any_of(headers, [](const auto& field) {
+        return field.first == "link";
+    })) << "the answer did not come over HTTP/2";
+}
+
+TEST_F(HTTP2, ManyRequestsOfManySessionsShareOneConnection) {
+    constexpr int count = 60;
+    // All are under way at once: none is answered until all have arrived. HTTP/1.1 would need as
+    // many connections.
+    auto hold = origin.server.hold({.path = "/x"});
+    origin.server.script({.path = "/x"}, emulator::textAnswer(200, "together"));
+    const auto loaded = std::make_shared<Awaited<Loaded>>();
+    for (int i = 0; i < count; ++i) {
+        Origin::task(*origin.session(), requestTo("https://api.github.com/x"), loaded)->resume();
+    }
+    ASSERT_TRUE(hold.waitUntilReached(count));
+    hold.release();
+    for (const auto& result : loaded->wait(count)) EXPECT_EQ(result.data, "together");
+    std::set<std::optional<std::string>> connections;
+    for (const auto& request : origin.server.requests()) {
+        connections.insert(request.headers.get("Forwarded"));
+    }
+    EXPECT_EQ(connections.size(), 1U);
+    EXPECT_FALSE(connections.contains(std::nullopt));
+}
+
+TEST_F(HTTP2, CancellingOneStreamLeavesTheOthersAlone) {
+    auto hold = origin.server.hold({.path = "/held"});
+    origin.server.script({}, emulator::textAnswer(200, "body"));
+    const auto session = origin.session();
+    const auto cancelled = std::make_shared<Awaited<Loaded>>();
+    const auto others = std::make_shared<Awaited<Loaded>>();
+    const auto task = Origin::task(*session, requestTo("https://api.github.com/held"), cancelled);
+    task->resume();
+    ASSERT_TRUE(hold.waitUntilReached());
+    for (int i = 0; i < 10; ++i) {
+        Origin::task(*session, requestTo("https://api.github.com/x"), others)->resume();
+    }
+    task->cancel();
+    EXPECT_EQ(cancelled->first().code(), RKTError::NSURLErrorCancelled);
+    for (const auto& result : others->wait(10)) EXPECT_EQ(result.data, "body");
+}
+
+TEST_F(HTTP2, APageOfRepositoriesComesInflated) {
+    auto request = requestTo("https://api.github.com/user/repos?per_page=100");
+    request.setValue("Bearer demo-token-octavia", "Authorization");
+    const Loaded loaded = origin.load(request);
+    ASSERT_FALSE(loaded.error);
+    EXPECT_EQ(loaded.response->valueForHTTPHeaderField("Content-Encoding"), "gzip");
+    EXPECT_TRUE(loaded.data->starts_with("["));
+}
+
+}  // namespace
