@@ -1,0 +1,195 @@
+#include "KorvoGitService/RKTRepositoryMapping.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
+using namespace RKTRepositoryFields;
+using Repository = RKTServiceRepository;
+
+void appendToDescription(Repository& repository, const char* text) {
+    repository.setDescriptiveText(repository.descriptiveText().value_or("") + text);
+}
+
+/// Tells how often and in which order lines were applied.
+template <char letter>
+void note(Repository& repository, const RKTJSONValue* value) {
+    const char text[] = {letter, value ? '+' : '-', '\0'};
+    appendToDescription(repository, text);
+}
+
+const RKTRepositoryMapping& mapping() {
+    static const RKTRepositoryMapping table({
+        {"id", number<&Repository::setIdentifier>},
+        {"name", string<&Repository::setName>},
+        {"full_name", string<&Repository::setFullName>},
+        {"owner", "id", string<&Repository::setOwnerIdentifier>},
+        {"owner", "name", string<&Repository::setOwnerName>},
+        {"archived", number<&Repository::setState, closedWhenTrue>},
+        {"visibility", string<&Repository::setVisibility, knownVisibility>},
+        {"fork", number<&Repository::setIsFork>},
+        {"stars", number<&Repository::setNumberOfStars>},
+        {"web", string<&Repository::setWebURL, plainURL>},
+        {"ssh", string<&Repository::setSSHRepositoryURL, cloneURL>},
+    });
+    return table;
+}
+
+std::shared_ptr<Repository> mapped(std::string_view json,
+                                   const RKTRepositoryMapping& table = mapping()) {
+    const auto document = RKTJSONSerialization::JSONObjectWithData(json);
+    return table.repositoryWithDictionary(document.value().root().dictionary().value());
+}
+
+TEST(RKTRepositoryMapping, SetsWhatTheElementHas) {
+    const auto repository = mapped(
+        R"({"id": 17, "name": "n", "full_name": "o/n", "owner": {"id": "o1", "name": "O"},
+            "fork": true, "stars": 0, "web": "https://h/o/n", "ssh": "git@h:o/n.git"})");
+    EXPECT_THAT(repository->identifier(), Optional(RKTServiceIdentifier(17)));
+    EXPECT_THAT(repository->name(), Optional(std::string("n")));
+    EXPECT_THAT(repository->fullName(), Optional(std::string("o/n")));
+    EXPECT_THAT(repository->ownerIdentifier(), Optional(RKTServiceIdentifier("o1")));
+    EXPECT_THAT(repository->ownerName(), Optional(std::string("O")));
+    EXPECT_EQ(repository->isFork()->type(), RKTNumber::Type::Boolean);
+    EXPECT_TRUE(repository->isFork()->boolValue());
+    EXPECT_THAT(repository->numberOfStars(), Optional(RKTNumber(0)));
+    EXPECT_EQ(repository->webURL(), RKTURL::URLWithString("https://h/o/n"));
+    EXPECT_EQ(repository->SSHRepositoryURL(), RKTURL::URLWithString("ssh://git@h/o/n.git"));
+}
+
+TEST(RKTRepositoryMapping, LeavesAloneWhatTheElementDoesNotHave) {
+    const auto repository = mapped("{}");
+    EXPECT_EQ(repository->identifier(), std::nullopt);
+    EXPECT_EQ(repository->name(), std::nullopt);
+    EXPECT_EQ(repository->ownerIdentifier(), std::nullopt);
+    EXPECT_EQ(repository->ownerName(), std::nullopt);
+    EXPECT_EQ(repository->isFork(), std::nullopt);
+    EXPECT_EQ(repository->numberOfStars(), std::nullopt);
+    EXPECT_EQ(repository->webURL(), std::nullopt);
+    EXPECT_EQ(repository->SSHRepositoryURL(), std::nullopt);
+}
+
+TEST(RKTRepositoryMapping, TakesAWrongTypeForAbsent) {
+    const auto repository = mapped(
+        R"({"id": "17", "name": 5, "full_name": null, "owner": [{"id": "o1"}], "archived": "true",
+            "visibility": {"public": true}, "fork": "yes", "stars": [], "web": true, "ssh": {}})");
+    EXPECT_EQ(repository->identifier(), std::nullopt);
+    EXPECT_EQ(repository->name(), std::nullopt);
+    EXPECT_EQ(repository->fullName(), std::nullopt);
+    EXPECT_EQ(repository->ownerIdentifier(), std::nullopt);
+    EXPECT_THAT(repository->state(), Optional(std::string("open")));
+    EXPECT_THAT(repository->visibility(), Optional(std::string("private")));
+    EXPECT_EQ(repository->isFork(), std::nullopt);
+    EXPECT_EQ(repository->numberOfStars(), std::nullopt);
+    EXPECT_EQ(repository->webURL(), std::nullopt);
+    EXPECT_EQ(repository->SSHRepositoryURL(), std::nullopt);
+}
+
+TEST(RKTRepositoryMapping, TakesBooleansForNumbers) {
+    EXPECT_THAT(mapped(R"({"stars": true})")->numberOfStars(), Optional(RKTNumber(true)));
+    EXPECT_THAT(mapped(R"({"archived": 1})")->state(), Optional(std::string("closed")));
+}
+
+TEST(RKTRepositoryMapping, CountsTheFirstOfTwoMembersWithOneName) {
+    EXPECT_THAT(mapped(R"({"name": "one", "name": "two"})")->name(), Optional(std::string("one")));
+    EXPECT_EQ(mapped(R"({"name": null, "name": "two"})")->name(), std::nullopt);
+    EXPECT_THAT(mapped(R"({"owner": {"name": "one", "name": "two"}})")->ownerName(),
+                Optional(std::string("one")));
+    EXPECT_EQ(mapped(R"({"owner": {"id": "1"}, "owner": {"name": "two"}})")->ownerName(),
+              std::nullopt);
+    EXPECT_EQ(mapped(R"({"owner": 5, "owner": {"name": "two"}})")->ownerName(), std::nullopt);
+}
+
+TEST(RKTRepositoryMapping, ComparesKeysExactly) {
+    EXPECT_EQ(mapped(R"({"Name": "n"})")->name(), std::nullopt);
+    EXPECT_EQ(mapped(R"({"nam": "n", "name2": "n", "": "n", "nane": "n"})")->name(), std::nullopt);
+    EXPECT_EQ(mapped(R"({"name\u0000": "n"})")->name(), std::nullopt);
+    EXPECT_THAT(mapped(R"({"n\u0061me": "n"})")->name(), Optional(std::string("n")));
+    EXPECT_EQ(mapped(R"({"a key that is longer than all that the table has": 1})")->name(),
+              std::nullopt);
+}
+
+TEST(RKTRepositoryMapping, DoesNotMixUpLevels) {
+    const auto repository =
+        mapped(R"({"license": {"name": "MIT", "id": 3}, "owner": {"full_name": "x", "stars": 4}})");
+    EXPECT_EQ(repository->name(), std::nullopt);
+    EXPECT_EQ(repository->identifier(), std::nullopt);
+    EXPECT_EQ(repository->fullName(), std::nullopt);
+    EXPECT_EQ(repository->numberOfStars(), std::nullopt);
+}
+
+TEST(RKTRepositoryMapping, AppliesEachLineOnce) {
+    const RKTRepositoryMapping table({
+        {"a", note<'a'>},
+        {"o", "b", note<'b'>},
+        {"o", "c", note<'c'>},
+        {"d", note<'d'>},
+    });
+    const auto trace = [&](const char* json) { return mapped(json, table)->descriptiveText(); };
+    EXPECT_THAT(trace(R"({"d": 1, "x": 2, "a": 3, "o": {"c": 4, "b": 5}, "a": 6})"),
+                Optional(std::string("d+a+c+b+")));
+    EXPECT_THAT(trace(R"({"a": 1, "o": {"b": 2}})"), Optional(std::string("a+b+c-d-")));
+    EXPECT_THAT(trace("{}")->size(), 8U);
+}
+
+TEST(RKTRepositoryMapping, TakesAsManyLinesAsItSays) {
+    // Keys of one letter each, and one for each bit of the mark.
+    static const std::string letters =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+    ASSERT_EQ(letters.size(), RKTRepositoryMapping::maximumFieldCount);
+    const auto key = [](std::size_t index) { return std::string_view(letters).substr(index, 1); };
+    const auto table = [&]<std::size_t... index>(std::index_sequence<index...>) {
+        const RKTRepositoryField fields[] = {{key(index), note<'x'>}...};
+        return std::make_unique<RKTRepositoryMapping>(fields);
+    }(std::make_index_sequence<RKTRepositoryMapping::maximumFieldCount>());
+    const auto text = mapped(R"({"A": 1, "_": 2, "_": 3})", *table)->descriptiveText();
+    EXPECT_THAT(text->substr(0, 4), "x+x+");
+    EXPECT_EQ(text->size(), 2 * letters.size());
+}
+
+TEST(RKTRepositoryMapping, MapsTheDictionariesOfAnArrayInTheirOrder) {
+    const auto document = RKTJSONSerialization::JSONObjectWithData(
+        R"([{"name": "one"}, 5, null, "text", [{"name": "no"}], {}, {"name": "two"}])");
+    const auto repositories =
+        mapping().repositoriesWithArray(document.value().root().array().value());
+    ASSERT_EQ(repositories.size(), 3U);
+    EXPECT_THAT(repositories[0]->name(), Optional(std::string("one")));
+    EXPECT_EQ(repositories[1]->name(), std::nullopt);
+    EXPECT_THAT(repositories[2]->name(), Optional(std::string("two")));
+}
+
+TEST(RKTRepositoryMapping, MapsAnEmptyArrayToNoRepositories) {
+    const auto document = RKTJSONSerialization::JSONObjectWithData("[]");
+    EXPECT_THAT(mapping().repositoriesWithArray(document.value().root().array().value()),
+                IsEmpty());
+}
+
+TEST(RKTRepositoryMapping, KeepsLargeIdentifiersExact) {
+    EXPECT_EQ(mapped(R"({"id": 18446744073709551615})")->identifier()->description(),
+              "18446744073709551615");
+    EXPECT_EQ(mapped(R"({"id": -9223372036854775808})")->identifier()->description(),
+              "-9223372036854775808");
+}
+
+TEST(RKTRepositoryFields, LeaveOutWhatIsNoURL) {
+    EXPECT_EQ(plainURL("https://h/a b"), std::nullopt);
+    EXPECT_EQ(plainURL(std::nullopt), std::nullopt);
+    EXPECT_EQ(plainURL("relative/path"), RKTURL::URLWithString("relative/path"));
+    EXPECT_EQ(cloneURL("relative/path"), std::nullopt);
+    EXPECT_EQ(cloneURL(std::nullopt), std::nullopt);
+}
+
+TEST(RKTRepositoryFields, TakeAnUnknownVisibilityForPrivate) {
+    EXPECT_THAT(knownVisibility("public"), Optional(std::string("public")));
+    EXPECT_THAT(knownVisibility("internal"), Optional(std::string("internal")));
+    for (const char* other : {"private", "Public", "limited", ""}) {
+        EXPECT_THAT(knownVisibility(other), Optional(std::string("private"))) << other;
+    }
+    EXPECT_THAT(knownVisibility(std::nullopt), Optional(std::string("private")));
+}
+
+}  // namespace
