@@ -1,0 +1,195 @@
+// The process may end or fork at any time, and need not run its main queue.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <latch>
+#include <utility>
+#include <vector>
+
+#include "tests/helpers/MainThread.h"
+#include "tests/reliability/Faults.h"
+#include "tests/reliability/Interposed.h"
+#include "tests/reliability/Operations.h"
+
+namespace {
+
+using emulator::Gate;
+using emulator::HoldStage;
+
+constexpr int inOrder = 7;
+constexpr int notReached = 2;
+constexpr auto patience = std::chrono::seconds(20);
+
+// Exit
+// ------------------------------------------------------------------------------------------------
+
+// A process of its own: the library's threads live as long as their process. What these functions
+// make is never destroyed, since its threads run on while the process exits, as an application's
+// may.
+class ProcessExit : public testing::Test {
+protected:
+    ProcessExit() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+using Calls = std::shared_ptr<Asker::Calls>;
+
+// Stays to the end of the process, in sight of a leak check.
+template <typename T, typename... Arguments>
+T& lasting(Arguments&&... arguments) {
+    static auto& all = *new std::vector<T*>;
+    all.push_back(new T(std::forward<Arguments>(arguments)...));
+    return *all.back();
+}
+
+void askAll(const Calls& calls) {
+    for (const auto operation : allOperations) lasting<Asker>(operation).start(calls);
+}
+
+[[noreturn]] void exitIf(bool reached) {
+    if (!reached) std::_Exit(notReached);
+    std::exit(inOrder);
+}
+
+[[noreturn]] void exitWhileLookingUp() {
+    auto& scene = lasting<Scene>();
+    const auto gate = Names::silence(Scene::silentHost);
+    scene.connectTo(Scene::silentHost, scene.server.httpsPort());
+    askAll(std::make_shared<Asker::Calls>());
+    exitIf(gate->waitForArrivals(1, patience));
+}
+
+[[noreturn]] void exitWhileConnecting() {
+    auto& scene = lasting<Scene>();
+    scene.gateway.beSilent();
+    scene.connectTo("127.0.0.1", scene.gateway.port());
+    askAll(std::make_shared<Asker::Calls>());
+    exitIf(scene.gateway.waitForClient());
+}
+
+[[noreturn]] void exitWhileReceiving() {
+    auto& scene = lasting<Scene>();
+    auto& hold = lasting<emulator::Hold>(scene.server.hold({}, HoldStage::InBody));
+    const auto calls = std::make_shared<Asker::Calls>();
+    for (int i = 0; i < 10; ++i) askAll(calls);
+    exitIf(hold.waitUntilReached(30));
+}
+
+[[noreturn]] void exitWhileDecoding() {
+    lasting<Scene>();
+    const auto gate = std::make_shared<Gate>();
+    Inflating::holdAt(gate);
+    lasting<Asker>(Operation::List).start(std::make_shared<Asker::Calls>());
+    exitIf(gate->waitForArrivals(1, patience));
+}
+
+[[noreturn]] void exitInsideAHandler() {
+    lasting<Scene>();
+    auto& service = lasting<std::shared_ptr<RKTService>>(RKTService::serviceWithCredentials(
+        credentialsFor("GitHub", std::nullopt, "octavia", "demo-token-octavia")));
+    service->validateCredentialsWithCompletionHandler([](const auto&) { std::exit(inOrder); });
+    std::latch never(1);
+    never.wait();
+    std::_Exit(notReached);
+}
+
+[[noreturn]] void exitWithAnUndrainedMainQueue() {
+    lasting<Scene>();
+    lasting<Asker>(Operation::TokenExchange).start(std::make_shared<Asker::Calls>());
+    exitIf(waitForMainQueue());
+}
+
+// An application's own statics go after the library's thread has stopped.
+[[noreturn]] void exitWithAServiceInAStatic() {
+    lasting<Scene>();
+    static struct Application {
+        std::shared_ptr<RKTService> service = RKTService::serviceWithCredentials(
+            credentialsFor("GitHub", std::nullopt, "octavia", "demo-token-octavia"));
+        ~Application() {
+            service->validateCredentialsWithCompletionHandler(nullptr)->cancel();
+            service->invalidateAndCancel();
+        }
+    } application;
+    exitIf(validate(*application.service) == std::nullopt);
+}
+
+TEST_F(ProcessExit, WhileNamesAreLookedUpIsOrderly) {
+    EXPECT_EXIT(exitWhileLookingUp(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(ProcessExit, WhileConnectingIsOrderly) {
+    EXPECT_EXIT(exitWhileConnecting(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(ProcessExit, WithTransfersRunningIsOrderly) {
+    EXPECT_EXIT(exitWhileReceiving(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(ProcessExit, WhileDecodingIsOrderly) {
+    EXPECT_EXIT(exitWhileDecoding(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(ProcessExit, FromInsideAHandlerIsOrderly) {
+    EXPECT_EXIT(exitInsideAHandler(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(ProcessExit, WithATaskInTheMainQueueIsOrderly) {
+    EXPECT_EXIT(exitWithAnUndrainedMainQueue(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(ProcessExit, MayUseAServiceOnceMore) {
+    EXPECT_EXIT(exitWithAServiceInAStatic(), testing::ExitedWithCode(inOrder), "");
+}
+
+// Fork
+// ------------------------------------------------------------------------------------------------
+
+class Fork : public testing::TestWithParam<Operation> {};
+
+TEST_P(Fork, LeavesTheParentAsItWas) {
+    Scene scene;
+    Asker asker(GetParam());
+    EXPECT_EQ(asker.ask(), std::nullopt);
+    auto hold = scene.server.hold({}, HoldStage::InBody);
+    const auto calls = std::make_shared<Asker::Calls>();
+    const auto task = asker.start(calls);
+    ASSERT_TRUE(hold.waitUntilReached());
+
+    const auto child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) _exit(inOrder);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == inOrder);
+
+    hold.release();
+    EXPECT_EQ(asker.outcome(*task, calls), std::nullopt);
+    EXPECT_EQ(asker.ask(), std::nullopt);
+    // The child has not ended the connection. A token request takes none that was used before.
+    const auto connections = GetParam() == Operation::TokenExchange ? 3U : 1U;
+    EXPECT_EQ(scene.server.acceptedConnections(), connections);
+    EXPECT_TRUE(asker.endsWithoutRest());
+}
+
+INSTANTIATE_TEST_SUITE_P(, Fork, testing::ValuesIn(allOperations),
+                         [](const auto& tested) { return std::string(nameOf(tested.param)); });
+
+// The main queue
+// ------------------------------------------------------------------------------------------------
+
+TEST(UndrivenMainQueue, HoldsUpNothingButTokenUpdates) {
+    constexpr std::size_t count = 20;
+    const Scene scene;
+    const Asker updater(Operation::TokenExchange);
+    std::vector<std::shared_ptr<RKTURLSessionDataTask>> tasks;
+    const auto calls = std::make_shared<Asker::Calls>();
+    for (std::size_t i = 0; i < count; ++i) tasks.push_back(updater.start(calls));
+    ASSERT_TRUE(scene.server.waitForRequests(count));
+    Asker lister(Operation::List);
+    EXPECT_EQ(lister.ask(), std::nullopt);
+    EXPECT_EQ(calls->count(), 0U);
+
+    EXPECT_TRUE(runMainQueueUntil([&] { return calls->count() >= count; }));
+    drain(updater.queue());
+    EXPECT_EQ(RKTMainQueue::drain(), 0U);
+    for (const auto& error : calls->wait(count)) EXPECT_EQ(error, std::nullopt);
+    EXPECT_EQ(calls->count(), count);
+}
+
+}  // namespace
