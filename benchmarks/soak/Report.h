@@ -1,0 +1,31 @@
+// Whether the books balance.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+#include "Books.h"
+#include "Resources.h"
+
+namespace soak {
+
+/// What a run came to.
+struct Report {
+    Books::Balance balance;
+    std::uint64_t servicesMade = 0;
+    std::size_t servicesLeft = 0;  ///< not freed although they were ended
+    Resources before;
+    Resources after;
+    std::vector<std::size_t> memory{};  ///< samples at equal times, one a second
+
+    /// Too short a run is all warm-up.
+    bool judgesMemory() const { return memory.size() >= 60; }
+    bool isInOrder() const;
+    /// A table, with what is out of order marked.
+    void print(std::ostream& stream) const;
+};
+
+}  // namespace soak
