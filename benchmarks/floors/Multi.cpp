@@ -1,0 +1,88 @@
+#include "benchmarks/floors/Multi.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "benchmarks/common/Client.h"
+
+namespace floors {
+
+Multi::Multi(const std::string& origin, const std::string& authorities, std::size_t inFlight,
+             Bodies bodies, Finished finished)
+    : multi_(curl_multi_init()),
+      connectTo_(curl_slist_append(nullptr, ("::" + origin).c_str())),
+      slots_(inFlight),
+      finished_(std::move(finished)) {
+    curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, 32L);
+    for (auto& slot : slots_) {
+        slot.easy = curl_easy_init();
+        curl_easy_setopt(slot.easy, CURLOPT_PRIVATE, &slot);
+        curl_easy_setopt(slot.easy, CURLOPT_CONNECT_TO, connectTo_);
+        curl_easy_setopt(slot.easy, CURLOPT_CAINFO, authorities.c_str());
+        curl_easy_setopt(slot.easy, CURLOPT_CAPATH, nullptr);
+        curl_easy_setopt(slot.easy, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_2TLS);
+        curl_easy_setopt(slot.easy, CURLOPT_PIPEWAIT, 1L);
+        curl_easy_setopt(slot.easy, CURLOPT_USERAGENT, "floor");
+        if (bodies == Bodies::DecodedAndDiscarded) {
+            curl_easy_setopt(slot.easy, CURLOPT_ACCEPT_ENCODING, "gzip");
+            curl_easy_setopt(slot.easy, CURLOPT_WRITEFUNCTION, &Multi::discard);
+        } else {
+            curl_easy_setopt(slot.easy, CURLOPT_WRITEFUNCTION, &Multi::onBody);
+            curl_easy_setopt(slot.easy, CURLOPT_WRITEDATA, &slot);
+        }
+    }
+}
+
+Multi::~Multi() {
+    for (auto& slot : slots_) curl_easy_cleanup(slot.easy);
+    curl_slist_free_all(connectTo_);
+    curl_multi_cleanup(multi_);
+}
+
+std::size_t Multi::onBody(char* bytes, std::size_t size, std::size_t count, void* slot) {
+    static_cast<Slot*>(slot)->body.append(bytes, size * count);
+    return size * count;
+}
+
+std::size_t Multi::discard(char*, std::size_t size, std::size_t count, void*) {
+    return size * count;
+}
+
+void Multi::begin(Slot& slot, const std::string& url) {
+    slot.body.clear();
+    curl_easy_setopt(slot.easy, CURLOPT_URL, url.c_str());
+    curl_multi_add_handle(multi_, slot.easy);
+}
+
+Multi::Slot& Multi::takeDone() {
+    for (;;) {
+        int left = 0;
+        if (const auto* message = curl_multi_info_read(multi_, &left)) {
+            long status = 0;
+            char* slot = nullptr;
+            curl_easy_getinfo(message->easy_handle, CURLINFO_RESPONSE_CODE, &status);
+            curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &slot);
+            if (message->data.result != CURLE_OK || status != 200) {
+                bench::fail("the floor's transfer failed with status " + std::to_string(status) +
+                            ": " + curl_easy_strerror(message->data.result));
+            }
+            curl_multi_remove_handle(multi_, message->easy_handle);
+            return *reinterpret_cast<Slot*>(slot);
+        }
+        int running = 0;
+        curl_multi_perform(multi_, &running);
+        if (running > 0) curl_multi_poll(multi_, nullptr, 0, 60'000, nullptr);
+    }
+}
+
+void Multi::get(std::size_t count, const std::function<std::string(std::size_t index)>& url) {
+    std::size_t begun = 0;
+    for (; begun < std::min(count, slots_.size()); ++begun) begin(slots_[begun], url(begun));
+    for (std::size_t done = 0; done < count; ++done) {
+        Slot& slot = takeDone();
+        finished_(slot.body);
+        if (begun < count) begin(slot, url(begun++));
+    }
+}
+
+}  // namespace floors

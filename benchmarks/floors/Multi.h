@@ -1,0 +1,47 @@
+// Bare curl_multi: as many GETs of one origin as asked for, some of them in flight at a time.
+
+#pragma once
+
+#include <curl/curl.h>
+
+#include <cstddef>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace floors {
+
+class Multi {
+public:
+    /// What becomes of a body; by default it is kept, as on the wire, and handed to `finished`.
+    enum class Bodies { Kept, DecodedAndDiscarded };
+    using Finished = std::function<void(const std::string& body)>;
+
+    /// @param origin  "address:port", where all hosts are found
+    Multi(const std::string& origin, const std::string& authorities, std::size_t inFlight,
+          Bodies bodies, Finished finished);
+    ~Multi();
+    Multi(const Multi&) = delete;
+    Multi& operator=(const Multi&) = delete;
+
+    /// Ends the program when a transfer fails.
+    void get(std::size_t count, const std::function<std::string(std::size_t index)>& url);
+
+private:
+    struct Slot {
+        CURL* easy;
+        std::string body;
+    };
+
+    static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* slot);
+    static std::size_t discard(char*, std::size_t size, std::size_t count, void*);
+    void begin(Slot& slot, const std::string& url);
+    Slot& takeDone();
+
+    CURLM* multi_;
+    curl_slist* connectTo_;
+    std::vector<Slot> slots_;
+    Finished finished_;
+};
+
+}  // namespace floors
