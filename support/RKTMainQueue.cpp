@@ -2,9 +2,11 @@
 
 #include <sys/eventfd.h>
 
+#include <condition_variable>
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -20,13 +22,14 @@ public:
     }
 
     void setExecutor(RKTMainQueue::Executor executor) {
-        auto replacement = executor
-                               ? std::make_shared<const RKTMainQueue::Executor>(std::move(executor))
-                               : nullptr;
+        auto other = executor ? std::make_shared<const RKTMainQueue::Executor>(std::move(executor))
+                              : nullptr;
         {
-            const std::lock_guard lock(mutex_);
-            executor_.swap(replacement);
+            std::unique_lock lock(mutex_);
+            executor_.swap(other);
             showReadable();
+            // As a std::stop_callback's destructor does: then what the former one uses may go.
+            returned_.wait(lock, [&] { return !isCalledElsewhere(other.get()); });
         }
         handOver();
     }
@@ -53,21 +56,49 @@ public:
     int fileDescriptor() const { return descriptor_; }
 
 private:
+    // The executor's call with the first task, without the lock. So the executor goes without it,
+    // too: where it was replaced meanwhile this is the last of it, and it owns a caller's objects.
+    class Call {
+    public:
+        Call(MainQueue& queue, std::unique_lock<std::mutex>& lock)
+            : queue_(queue),
+              lock_(lock),
+              executor_(queue.executor_),
+              task_(std::move(queue.tasks_.front())) {
+            queue_.tasks_.pop_front();
+            queue_.called_ = executor_.get();
+            queue_.caller_ = std::this_thread::get_id();
+            lock_.unlock();
+        }
+        ~Call() {
+            executor_.reset();
+            task_ = nullptr;
+            lock_.lock();
+            queue_.called_ = nullptr;
+            queue_.returned_.notify_all();
+        }
+        Call(const Call&) = delete;
+        Call& operator=(const Call&) = delete;
+
+        void make() { (*executor_)(std::move(task_)); }
+
+    private:
+        MainQueue& queue_;
+        std::unique_lock<std::mutex>& lock_;
+        std::shared_ptr<const RKTMainQueue::Executor> executor_;
+        RKTMainQueue::Task task_;
+    };
+
     // Gives the executor what waits. One thread does so at a time, for all others, so that the
     // tasks keep their order.
     void handOver() {
         std::unique_lock lock(mutex_);
-        if (handingOver_) return;
-        handingOver_ = true;
-        while (executor_ && !tasks_.empty()) {
-            const auto executor = executor_;
-            auto task = std::move(tasks_.front());
-            tasks_.pop_front();
-            lock.unlock();
-            (*executor)(std::move(task));
-            lock.lock();
-        }
-        handingOver_ = false;
+        if (called_) return;
+        while (executor_ && !tasks_.empty()) Call(*this, lock).make();
+    }
+
+    bool isCalledElsewhere(const RKTMainQueue::Executor* executor) const {
+        return executor && executor == called_ && caller_ != std::this_thread::get_id();
     }
 
     // What waits for an executor is not for who drains.
@@ -97,7 +128,9 @@ private:
     std::mutex mutex_;
     std::shared_ptr<const RKTMainQueue::Executor> executor_;
     std::deque<RKTMainQueue::Task> tasks_;
-    bool handingOver_ = false;
+    const RKTMainQueue::Executor* called_ = nullptr;  // while its call lasts
+    std::thread::id caller_;
+    std::condition_variable returned_;
     bool readable_ = false;
     const int descriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
 };

@@ -18,13 +18,17 @@ public:
     /// own loop.
     using Task = std::function<void()>;
     /// Takes a task and sees to it that it runs on the main thread, later: never inside the call,
-    /// which comes from a thread of the library or from setExecutor(), one call at a time.
+    /// which comes from a thread of the library or from setExecutor(), one call at a time. An
+    /// exception from it costs that task and comes out of the async() or setExecutor() that made
+    /// the call; on a thread of the library it ends the process.
     using Executor = std::function<void(Task)>;
 
     RKTMainQueue() = delete;
 
     /// Tasks that are waiting go to the new executor, before any that are added from now on. An
-    /// empty one gives the work back to the library's own queue.
+    /// empty one gives the work back to the library's own queue. The former executor is not called
+    /// any more when this returns, so what it uses may go then; to that end this waits for a call
+    /// of it that another thread is making: hold no lock here that the executor takes.
     static void setExecutor(Executor executor);
 
     /// `dispatch_async` to the main queue.

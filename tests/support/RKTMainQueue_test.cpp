@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <numeric>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -272,6 +273,47 @@ TEST_F(MainQueue, AnExecutorMayReplaceItself) {
     RKTMainQueue::async([] {});
     EXPECT_EQ(received.size(), 1U);
     EXPECT_EQ(RKTMainQueue::drain(), 1U);
+}
+
+TEST_F(MainQueue, AnExecutorThatReplacedItselfIsDestroyedWhereTasksMayBeAdded) {
+    struct Witness {
+        bool* ran;
+        ~Witness() {
+            RKTMainQueue::async([ran = ran] { *ran = true; });
+        }
+    };
+    bool ran = false;
+    RKTMainQueue::setExecutor([witness = std::make_shared<Witness>(&ran)](
+                                  const RKTMainQueue::Task&) { RKTMainQueue::setExecutor({}); });
+    RKTMainQueue::async([] {});
+    EXPECT_EQ(RKTMainQueue::drain(), 1U);
+    EXPECT_TRUE(ran);
+}
+
+TEST_F(MainQueue, WhatAnExecutorUsesMayGoOnceItIsReplaced) {
+    std::latch entered(1);
+    std::atomic<bool> left = false;
+    RKTMainQueue::setExecutor([&](const RKTMainQueue::Task&) {
+        entered.count_down();
+        RKTMainQueue::async([] {});  // waits, and so shows when the executor was taken away
+        EXPECT_TRUE(isReadable(30'000));
+        for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+        left = true;
+    });
+    const std::jthread caller([] { RKTMainQueue::async([] {}); });
+    entered.wait();
+    RKTMainQueue::setExecutor({});
+    EXPECT_TRUE(left);
+}
+
+TEST_F(MainQueue, AnExecutorThatThrowsLosesThatTaskAlone) {
+    Loop loop;
+    RKTMainQueue::setExecutor(
+        [](const RKTMainQueue::Task&) { throw std::runtime_error("there is no loop yet"); });
+    EXPECT_THROW(RKTMainQueue::async([] {}), std::runtime_error);
+    RKTMainQueue::setExecutor(loop.executor());
+    RKTMainQueue::async([] {});
+    EXPECT_EQ(loop.count(), 1U);
 }
 
 TEST_F(MainQueue, ATaskThatComesWhileOthersAreHandedOverComesAfterThem) {
