@@ -49,12 +49,11 @@ private:
     }
 
     /// Services that page by links say whether there is a next page. The others, and those whose
-    /// list fits one page, send no links: a page that is not full is the last one.
-    bool isLastPage(const RKTServiceArrayResult& result) const {
-        if (const auto links = result.linkRelations()) {
-            return !links->contains(RKTServiceLinkRelationNext);
-        }
-        return result.results().value_or(Results()).size() < countPerPage_;
+    /// list fits one page, send no links: an empty page tells the end, but not a short one, since a
+    /// service may give fewer than it was asked for.
+    static bool isLastPage(const RKTServiceArrayResult& result) {
+        const auto links = result.linkRelations();
+        return links && !links->contains(RKTServiceLinkRelationNext);
     }
 
     /// A page may repeat what came before, when the list grows meanwhile.
