@@ -4,7 +4,10 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME korvogitservice)
 set(CPACK_PACKAGE_VENDOR "The KorvoGitService developers")
-set(CPACK_PACKAGE_CONTACT "${CPACK_PACKAGE_VENDOR} <maintainers@korvogit.example>")
+# A placeholder: whoever gives packages to others says here, or with -D, who answers for them.
+set(KORVOGIT_MAINTAINER "${CPACK_PACKAGE_VENDOR} <maintainers@korvogit.example>" CACHE STRING
+    "Name and address of the maintainer of the Debian packages")
+set(CPACK_PACKAGE_CONTACT "${KORVOGIT_MAINTAINER}")
 set(CPACK_STRIP_FILES ON)
 
 set(CPACK_COMPONENTS_ALL KorvoGitService_runtime KorvoGitService_development)
