@@ -74,7 +74,7 @@ private:
 
 /// Lists octavia's repositories and waits for it; a graphical application would not wait.
 static void listRepositories(const char* serviceType, const char* credentialType,
-                             const TestServer& server) {
+                             const TestServer& server, std::uint64_t countPerPage = 100) {
     const auto account = std::make_shared<RKTServiceCredentials>(serviceType, credentialType);
     account->setURL(RKTURL::URLWithString(
         serviceType == std::string(RKTServiceTypeGitLab) ? "https://gitlab.com" : server.url()));
@@ -86,7 +86,7 @@ static void listRepositories(const char* serviceType, const char* credentialType
     bool done = false;
     const auto service = RKTService::serviceWithCredentials(account);
     std::make_shared<AllRepositories>(
-        service, 100, [](const auto& page) { std::cout << ' ' << page.size(); },
+        service, countPerPage, [](const auto& page) { std::cout << ' ' << page.size(); },
         [&done](const std::optional<RKTError>& error) {
             if (error) std::cout << ' ' << error->localizedDescription();
             done = true;
@@ -107,7 +107,8 @@ int main() try {
     listRepositories(RKTServiceTypeGitHubEnterprise, RKTServiceCredentialTypeToken, server);
     listRepositories(RKTServiceTypeGitLab, RKTServiceCredentialTypeToken, server);
     listRepositories(RKTServiceTypeGitLabSelfHosted, RKTServiceCredentialTypeToken, server);
-    listRepositories(RKTServiceTypeBitbucket, RKTServiceCredentialTypeBasic, server);
+    // More than the service gives.
+    listRepositories(RKTServiceTypeBitbucket, RKTServiceCredentialTypeBasic, server, 200);
     listRepositories(RKTServiceTypeBitbucketServer, RKTServiceCredentialTypeToken, server);
     return 0;
 } catch (const std::exception& exception) {
