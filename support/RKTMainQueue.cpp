@@ -80,7 +80,11 @@ private:
         Call(const Call&) = delete;
         Call& operator=(const Call&) = delete;
 
-        void make() { (*executor_)(std::move(task_)); }
+        // A loop may free its entry on the thread that made it, when that is the last to let go:
+        // what the task holds is gone by then.
+        void make() {
+            (*executor_)([task = std::move(task_)]() mutable { std::exchange(task, nullptr)(); });
+        }
 
     private:
         MainQueue& queue_;

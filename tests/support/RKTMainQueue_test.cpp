@@ -45,6 +45,12 @@ public:
         const std::lock_guard lock(mutex_);
         return tasks_.size();
     }
+    RKTMainQueue::Task takeFirst() {
+        const std::lock_guard lock(mutex_);
+        auto task = std::move(tasks_.front());
+        tasks_.erase(tasks_.begin());
+        return task;
+    }
     void run() {
         std::vector<RKTMainQueue::Task> tasks;
         {
@@ -123,6 +129,18 @@ TEST_F(MainQueue, ATaskIsDestroyedOnceItRan) {
     EXPECT_EQ(token.use_count(), 2);
     RKTMainQueue::drain();
     EXPECT_EQ(token.use_count(), 1);
+}
+
+TEST_F(MainQueue, ATaskOfAnExecutorLetsGoOfWhatItHoldsWhenItRan) {
+    Loop loop;
+    RKTMainQueue::setExecutor(loop.executor());
+    auto held = std::make_shared<int>();
+    const std::weak_ptr watched = held;
+    RKTMainQueue::async([held = std::move(held)] {});
+    auto task = loop.takeFirst();
+    EXPECT_FALSE(watched.expired());
+    task();
+    EXPECT_TRUE(watched.expired());
 }
 
 TEST_F(MainQueue, AnEmptyTaskIsNone) {
