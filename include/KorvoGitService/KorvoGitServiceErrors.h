@@ -15,9 +15,9 @@ enum RKTServiceErrorCode : std::int64_t {
     /// HTTP status 401: the service does not accept the credentials.
     RKTServiceErrorUnauthorized = 1001,
 
-    /// OAuth2 error answers (RFC 6749 sections 4.1.2.1 and 5.2). Their description is the
-    /// provider's
-    /// "error_description" where it sent one, their NSURLErrorKey its "error_uri".
+    /// OAuth2 error answers (RFC 6749 sections 4.1.2.1 and 5.2). Their description is what the
+    /// provider sent as "error_description", or else a text of the library's; their NSURLErrorKey
+    /// its "error_uri".
     RKTServiceErrorOAuth2Unknown = 2000,             ///< any "error" that is none of the following
     RKTServiceErrorOAuth2InvalidRequest = 2001,      ///< "invalid_request"
     RKTServiceErrorOAuth2UnauthorizedClient = 2002,  ///< "unauthorized_client"

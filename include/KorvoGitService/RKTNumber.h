@@ -23,8 +23,10 @@ public:
     /// Which of the four it is. Values compare without regard to it.
     enum class Type { Boolean, Signed, Unsigned, Floating };
 
-    /// A boolean, as JSON's true and false are.
-    RKTNumber(bool value) : value_(value) {}
+    /// A boolean, as JSON's true and false are. A template, so that a pointer, and with it a
+    /// literal text, is no number.
+    template <std::same_as<bool> T>
+    RKTNumber(T value) : value_(value) {}
     /// Any signed integer, kept exactly.
     template <std::signed_integral T>
     RKTNumber(T value) : value_(static_cast<std::int64_t>(value)) {}

@@ -19,8 +19,8 @@ protected:
     RKTRecord() = default;
     ~RKTRecord() = default;
 
-    template <class T>
     /// A copy, made under the lock.
+    template <class T>
     T get(const T& field) const {
         const std::lock_guard lock(mutex_);
         return field;

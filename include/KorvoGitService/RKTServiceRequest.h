@@ -132,7 +132,8 @@ public:
     static std::shared_ptr<RKTServiceObjectResult> resultWithHTTPURLResponse(
         const RKTHTTPURLResponse* response);
 
-    /// Shared with whoever set it; empty when there is none.
+    /// A copy of what was set, made while the record is locked: a std::shared_ptr belongs into it,
+    /// which shares its object. Empty when there is none.
     std::any result() const { return get(result_); }
     void setResult(std::any value) { set(result_, std::move(value)); }
 
@@ -140,7 +141,7 @@ private:
     std::any result_;
 };
 
-/// A page of objects. When `error` is set the other properties are nothing.
+/// A page of objects. When `error` is set the properties of this class are nothing.
 class RKT_EXPORT RKTServiceArrayResult : public RKTServiceResult {
 public:
     /// In the order of the answer; no element is null.

@@ -38,7 +38,7 @@ public:
     std::optional<int> port() const;
     /// Decoded.
     std::optional<std::string> user() const;
-    /// Decoded.
+    /// As it stands in the text.
     std::optional<std::string> password() const;
     /// Decoded, without one slash at its end unless it is all there is; empty when there is none.
     std::string path() const;
