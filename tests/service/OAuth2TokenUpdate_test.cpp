@@ -1,103 +1,21 @@
-// The token update against an emulated provider.
+// The token update from start to end: what is sent, the main queue, cancelling.
+
+#include "tests/service/OAuth2TokenUpdate.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <thread>
 
 #include "KorvoGitService/KorvoGitServiceErrors.h"
-#include "KorvoGitService/RKTGitHubService.h"
-#include "tests/helpers/Loading.h"
-#include "tests/helpers/MainThread.h"
-#include "tests/helpers/SignIn.h"
 
 namespace {
 
-using emulator::Answer;
 using emulator::HoldStage;
-using emulator::Match;
 using testing::Optional;
 using State = RKTURLSessionDataTask::State;
 
 constexpr const char* tokenPath = "/login/oauth/access_token";
-
-class OAuth2TokenUpdate : public testing::Test {
-protected:
-    Origin origin;
-    const RKTServiceClass* gitHub = RKTGitHubService::serviceClass();
-    std::shared_ptr<RKTServiceCredentials> credentials = filledSignIn();
-    /// One for each time that a handler ran.
-    std::vector<std::optional<RKTError>> outcomes;
-
-    OAuth2TokenUpdate() {
-        RKTMainQueue::setExecutor({});
-        RKTNetworkSettings::setShared(origin.settings);
-    }
-    ~OAuth2TokenUpdate() override {
-        RKTMainQueue::setExecutor({});
-        settle();
-        RKTNetworkSettings::setShared({});
-    }
-
-    std::shared_ptr<RKTURLSessionDataTask> start(bool isRefresh = false) {
-        return gitHub->updateOAuth2AccessTokenWithCredentials(
-            credentials, isRefresh,
-            [this](std::optional<RKTError> error) { outcomes.push_back(std::move(error)); });
-    }
-    bool runUntilOutcomes(std::size_t count = 1) {
-        return runMainQueueUntil([&] { return outcomes.size() >= count; });
-    }
-    /// From start to end; what the handler received.
-    std::optional<RKTError> update(bool isRefresh = false) {
-        start(isRefresh);
-        EXPECT_TRUE(runUntilOutcomes());
-        return outcomes.empty() ? std::nullopt : outcomes.back();
-    }
-    /// After this, whatever was on its way has run.
-    static void settle() {
-        drain(*RKTURLSession::sharedSession()->delegateQueue());
-        while (RKTMainQueue::drain() > 0) {
-        }
-    }
-    void expectUntouched() const { EXPECT_TRUE(sameProperties(*credentials, *filledSignIn())); }
-    void expectCancelledOnce() {
-        ASSERT_TRUE(runUntilOutcomes());
-        settle();
-        ASSERT_EQ(outcomes.size(), 1U);
-        ASSERT_TRUE(outcomes[0]);
-        EXPECT_EQ(outcomes[0]->domain(), RKTError::NSURLErrorDomain);
-        EXPECT_EQ(outcomes[0]->code(), RKTError::NSURLErrorCancelled);
-        expectUntouched();
-    }
-    void answerWith(const std::string& contentType, const std::string& body,
-                    unsigned status = 200) {
-        Answer answer;
-        answer.status = status;
-        answer.body = body;
-        if (!contentType.empty()) answer.headers.add("Content-Type", contentType);
-        origin.server.script({.host = "github.com"}, answer);
-    }
-    void answerWithToken() { answerWith("application/json", R"({"access_token":"new-token"})"); }
-
-    /// Signs octavia in at the emulated GitHub, as a browser would; puts the code into the record.
-    void signIn(const std::string& client = "demo-client",
-                const std::string& secret = "demo-secret") {
-        credentials->setOAuthClientID(client);
-        credentials->setOAuthClientSecret(secret);
-        const auto url = gitHub->OAuth2AuthorizeURLForCredentials(*credentials).value();
-        RKTURLRequest request(url);
-        request.setHTTPMethod("POST");
-        request.setHTTPBody("login=octavia&decision=allow");
-        // The redirect's scheme is the application's own, so that loading ends there.
-        const auto loaded = origin.load(request);
-        const auto location = loaded.response->valueForHTTPHeaderField("Location").value_or("");
-        std::optional<RKTError> error;
-        ASSERT_TRUE(gitHub->updateCredentials(*credentials, RKTURL::URLWithString(location).value(),
-                                              &error));
-        ASSERT_TRUE(credentials->OAuthCode());
-    }
-};
 
 TEST_F(OAuth2TokenUpdate, ExchangesTheCodeOfASignIn) {
     signIn();
@@ -360,172 +278,6 @@ TEST_F(OAuth2TokenUpdate, CancelledByOrAfterItsHandlerDoesNothing) {
     settle();
     EXPECT_EQ(outcomes, std::vector{std::optional<RKTError>()});
     EXPECT_EQ(task->state(), State::Completed);
-}
-
-// Answers
-
-TEST_F(OAuth2TokenUpdate, ReadsAnAnswerOfAMebibyte) {
-    const std::string token(std::size_t{1} << 20, 't');
-    answerWith("application/json", R"({"access_token":")" + token + R"("})");
-    EXPECT_EQ(update(), std::nullopt);
-    EXPECT_TRUE(credentials->token() == token);
-
-    origin.server.clearScripts();
-    answerWith("application/x-www-form-urlencoded", "x=" + token + "&access_token=small");
-    outcomes.clear();
-    EXPECT_EQ(update(), std::nullopt);
-    EXPECT_EQ(credentials->token(), "small");
-}
-
-TEST_F(OAuth2TokenUpdate, AnAnswerWithoutMediaTypeIsInvalid) {
-    answerWith("", R"({"access_token":"new-token"})");
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RKTServiceErrorOAuth2InvalidResponse);
-    expectUntouched();
-}
-
-TEST_F(OAuth2TokenUpdate, AnAnswerThatIsCutOffIsTheTransportsError) {
-    answerWithToken();
-    origin.server.fault({}, emulator::faults::cutOffBody());
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), RKTError::NSURLErrorDomain);
-    EXPECT_EQ(error->code(), RKTError::NSURLErrorNetworkConnectionLost);
-    expectUntouched();
-}
-
-TEST_F(OAuth2TokenUpdate, AnAnswerThatEndsTooEarlyToBeJSONIsTheParsersError) {
-    answerWith("application/json", R"({"access_token":"new-tok)");
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), RKTError::NSCocoaErrorDomain);
-    expectUntouched();
-}
-
-TEST_F(OAuth2TokenUpdate, A401WithAnErrorIsThatError) {
-    answerWith("application/json",
-               R"({"error":"unauthorized_client","error_description":"Who are you?"})", 401);
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RKTServiceErrorOAuth2UnauthorizedClient);
-    EXPECT_EQ(error->localizedDescription(), "Who are you?");
-    expectUntouched();
-}
-
-TEST_F(OAuth2TokenUpdate, A500WithAPageIsInvalid) {
-    answerWith("text/html", "<html>Oh no</html>", 500);
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RKTServiceErrorOAuth2InvalidResponse);
-    expectUntouched();
-}
-
-TEST_F(OAuth2TokenUpdate, ATransportErrorComesUnchanged) {
-    origin.server.presentCertificate(emulator::Leaf::WrongName);
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), RKTError::NSURLErrorDomain);
-    EXPECT_EQ(error->code(), RKTError::NSURLErrorServerCertificateUntrusted);
-    expectUntouched();
-}
-
-// Redirects
-
-TEST_F(OAuth2TokenUpdate, RepeatsTheFormWhereAStatusOf307PointsAtTheSameOrigin) {
-    Answer redirect;
-    redirect.status = 307;
-    redirect.headers.add("Location", "/token");
-    origin.server.script({.path = tokenPath}, redirect);
-    origin.server.script({.path = "/token"},
-                         emulator::jsonAnswer(200, R"({"access_token":"new-token"})"));
-    EXPECT_EQ(update(), std::nullopt);
-    EXPECT_THAT(credentials->token(), Optional(std::string("new-token")));
-
-    const auto requests = origin.server.requests();
-    ASSERT_EQ(requests.size(), 2U);
-    EXPECT_EQ(requests[1].method, "POST");
-    EXPECT_EQ(requests[1].authority, "github.com");
-    EXPECT_TRUE(requests[1].tls);
-    EXPECT_EQ(requests[1].body, requests[0].body);
-    for (const auto& request : requests) {
-        EXPECT_EQ(request.headers.get("Authorization"), std::nullopt);
-    }
-}
-
-TEST_F(OAuth2TokenUpdate, RepeatsTheFormOverTLSOnly) {
-    origin.server.fault({}, emulator::faults::redirectTo(307, "http://github.com/token"));
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->domain(), RKTError::NSURLErrorDomain);
-    EXPECT_EQ(error->code(), RKTError::NSURLErrorBadServerResponse);
-    EXPECT_EQ(origin.server.requestCount(), 1U);
-    expectUntouched();
-}
-
-// The shared session
-
-TEST_F(OAuth2TokenUpdate, KeepsCookiesAmongTokenUpdatesAndFromServices) {
-    Answer answer = emulator::jsonAnswer(200, "{}");
-    answer.headers.add("Set-Cookie", "flavour=oats; Path=/; Secure");
-    origin.server.script({.host = "github.com"}, answer);
-    ASSERT_EQ(update(), std::nullopt);
-    outcomes.clear();
-    ASSERT_EQ(update(), std::nullopt);
-    EXPECT_EQ(origin.load("https://github.com/elsewhere").status(), 200);
-
-    const auto requests = origin.server.requests();
-    ASSERT_EQ(requests.size(), 3U);
-    EXPECT_THAT(requests[1].headers.get("Cookie").value_or(""), testing::HasSubstr("flavour=oats"));
-    EXPECT_EQ(requests[2].headers.get("Cookie"), std::nullopt);
-}
-
-TEST_F(OAuth2TokenUpdate, FollowsTheSharedNetworkSettings) {
-    answerWithToken();
-    ASSERT_EQ(update(), std::nullopt);
-    const Origin other;
-    RKTNetworkSettings::setShared(other.settings);
-    outcomes.clear();
-    const auto error = update();
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->code(), RKTServiceErrorOAuth2Unknown);
-    EXPECT_EQ(origin.server.requestCount(), 1U);
-    EXPECT_EQ(other.server.requestCount(), 1U);
-}
-
-// Secrets
-
-TEST_F(OAuth2TokenUpdate, NoErrorTellsASecret) {
-    credentials->setOAuthClientID("the-client");
-    credentials->setOAuthClientSecret("the-secret");
-    credentials->setOAuthCode("the-code");
-    credentials->setToken("the-old-token");
-    std::vector<std::function<void()>> failures = {
-        [&] { origin.server.presentCertificate(emulator::Leaf::Expired); },
-        [&] {
-            origin.server.presentCertificate(emulator::Leaf::Valid);
-            answerWith("application/json", R"({"access_token":"the-new-token" oh})");
-        },
-        [&] { answerWith("text/plain", "access_token=the-new-token"); },
-        [&] { answerWith("application/json", R"(["the-new-token"])"); },
-        [&] { origin.server.fault({}, emulator::faults::cutOffBody()); },
-        [&] { origin.server.stop(); },
-    };
-    for (const auto& prepare : failures) {
-        origin.server.clearScripts();
-        prepare();
-        outcomes.clear();
-        const auto error = update();
-        ASSERT_TRUE(error);
-        for (const auto& [key, value] : error->userInfo()) {
-            const auto* url = std::get_if<RKTURL>(&value);
-            const auto* text = std::get_if<std::string>(&value);
-            if (url) text = &url->absoluteString();
-            if (text) {
-                EXPECT_THAT(*text, testing::Not(testing::HasSubstr("the-"))) << key;
-            }
-        }
-    }
 }
 
 }  // namespace
