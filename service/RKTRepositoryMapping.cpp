@@ -1,6 +1,7 @@
 #include "KorvoGitService/RKTRepositoryMapping.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -8,8 +9,7 @@
 #include "KorvoGitService/KorvoGit.h"
 #include "support/JSONReading.h"
 
-/// The lines of one dictionary: the element, or a dictionary in it. A key is looked for among those
-/// of its length, which are two or three at most in the tables of the services.
+/// The lines of one dictionary: the element, or a dictionary in it.
 class RKTRepositoryMapping::Table {
 public:
     explicit Table(std::span<const RKTRepositoryField> fields);
@@ -19,7 +19,6 @@ public:
 
 private:
     struct Line {
-        std::string_view key;
         RKTRepositoryField::Apply function = nullptr;  // null when `table` is set
         std::unique_ptr<const Table> table;
 
@@ -30,37 +29,22 @@ private:
     struct Run {
         const Table& table;
         RKTServiceRepository& repository;
-        std::uint64_t applied = 0;
+        std::uint64_t missing;  // a bit for each line
 
-        void applyOnce(const Line& line, const RKTJSONValue* value);
-        void take(std::string_view key, const RKTJSONValue& value);
+        void take(std::uint8_t line, const RKTJSONValue& value);
     };
 
-    static std::vector<Line> linesOf(std::span<const RKTRepositoryField> fields);
-    std::span<const Line> linesOfLength(std::size_t length) const;
+    void add(std::string_view key, Line line);
 
-    std::vector<Line> lines_;          // sorted by the lengths of their keys
-    std::vector<std::size_t> starts_;  // for each length, where its lines start; and one more
-    rkt::KeySieve sieve_;
+    std::vector<Line> lines_;
+    rkt::KeyTable keys_;  // numbered as the lines
 };
 
-RKTRepositoryMapping::Table::Table(std::span<const RKTRepositoryField> fields)
-    : lines_(linesOf(fields)) {
-    std::ranges::sort(lines_, {}, [](const Line& line) { return line.key.size(); });
-    for (std::size_t index = 0; index < lines_.size(); ++index) {
-        starts_.resize(std::max(starts_.size(), lines_[index].key.size() + 1), index);
-        sieve_.add(lines_[index].key);
-    }
-    starts_.push_back(lines_.size());
-}
-
-std::vector<RKTRepositoryMapping::Table::Line> RKTRepositoryMapping::Table::linesOf(
-    std::span<const RKTRepositoryField> fields) {
-    std::vector<Line> lines;
+RKTRepositoryMapping::Table::Table(std::span<const RKTRepositoryField> fields) {
     std::vector<std::pair<std::string_view, std::vector<RKTRepositoryField>>> dictionaries;
     for (const auto& field : fields) {
         if (field.subkey.empty()) {
-            lines.push_back({field.key, field.apply, nullptr});
+            add(field.key, {field.apply, nullptr});
             continue;
         }
         auto found =
@@ -69,15 +53,13 @@ std::vector<RKTRepositoryMapping::Table::Line> RKTRepositoryMapping::Table::line
         found->second.emplace_back(field.subkey, field.apply);
     }
     for (const auto& [key, subfields] : dictionaries) {
-        lines.push_back({key, nullptr, std::make_unique<const Table>(subfields)});
+        add(key, {nullptr, std::make_unique<const Table>(subfields)});
     }
-    return lines;
 }
 
-std::span<const RKTRepositoryMapping::Table::Line> RKTRepositoryMapping::Table::linesOfLength(
-    std::size_t length) const {
-    if (length + 1 >= starts_.size()) return {};
-    return std::span(lines_).subspan(starts_[length], starts_[length + 1] - starts_[length]);
+void RKTRepositoryMapping::Table::add(std::string_view key, Line line) {
+    keys_.add(key);
+    lines_.push_back(std::move(line));
 }
 
 void RKTRepositoryMapping::Table::Line::apply(RKTServiceRepository& repository,
@@ -87,28 +69,25 @@ void RKTRepositoryMapping::Table::Line::apply(RKTServiceRepository& repository,
     table->apply(repository, dictionary ? &*dictionary : nullptr);
 }
 
-void RKTRepositoryMapping::Table::Run::applyOnce(const Line& line, const RKTJSONValue* value) {
-    const std::uint64_t bit = std::uint64_t{1} << (&line - table.lines_.data());
-    if ((applied & bit) == 0) line.apply(repository, value);
-    applied |= bit;
-}
-
-void RKTRepositoryMapping::Table::Run::take(std::string_view key, const RKTJSONValue& value) {
-    for (const Line& line : table.linesOfLength(key.size())) {
-        if (line.key == key) applyOnce(line, &value);
-    }
+void RKTRepositoryMapping::Table::Run::take(std::uint8_t line, const RKTJSONValue& value) {
+    const std::uint64_t bit = std::uint64_t{1} << line;
+    if ((missing & bit) == 0) return;
+    missing &= ~bit;
+    table.lines_[line].apply(repository, &value);
 }
 
 void RKTRepositoryMapping::Table::apply(RKTServiceRepository& repository,
                                         const RKTJSONDictionary* dictionary) const {
-    Run run{*this, repository};
+    Run run{*this, repository, ~std::uint64_t{0} >> (maximumFieldCount - lines_.size())};
     if (dictionary) {
-        const auto take = [](void* context, std::string_view key, const RKTJSONValue& value) {
-            static_cast<Run*>(context)->take(key, value);
+        const auto take = [](void* context, std::uint8_t line, const RKTJSONValue& value) {
+            static_cast<Run*>(context)->take(line, value);
         };
-        rkt::visitMembers(*dictionary, sieve_, take, &run);
+        rkt::visitMembers(*dictionary, keys_, take, &run);
     }
-    for (const Line& line : lines_) run.applyOnce(line, nullptr);
+    for (auto missing = run.missing; missing != 0; missing &= missing - 1) {
+        lines_[static_cast<std::size_t>(std::countr_zero(missing))].apply(repository, nullptr);
+    }
 }
 
 RKTRepositoryMapping::RKTRepositoryMapping(std::span<const RKTRepositoryField> fields)
@@ -119,7 +98,9 @@ RKTRepositoryMapping::~RKTRepositoryMapping() = default;
 std::shared_ptr<RKTServiceRepository> RKTRepositoryMapping::repositoryWithDictionary(
     const RKTJSONDictionary& element) const {
     auto repository = std::make_shared<RKTServiceRepository>();
+    repository->isShared_ = false;
     table_->apply(*repository, &element);
+    repository->isShared_ = true;
     return repository;
 }
 

@@ -3,10 +3,13 @@
 #ifndef KORVOGITSERVICE_SUPPORT_JSONREADING_H
 #define KORVOGITSERVICE_SUPPORT_JSONREADING_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "KorvoGitService/RKTJSON.h"
 
@@ -21,26 +24,52 @@ constexpr std::size_t roomBehindJSON = 64;
 std::optional<RKTJSONDocument> JSONDocumentInPlace(std::string& text,
                                                    std::optional<RKTError>* error);
 
-/// Which keys are of interest, by length and first byte: lets all of those pass, and few others.
-class KeySieve {
+/// Keys that are of interest, numbered from 0. Of the many others in a document most are told apart
+/// by their length and first byte.
+class KeyTable {
 public:
-    void add(std::string_view key) { bits_ |= bit(key); }
-    bool passes(std::string_view key) const { return (bits_ & bit(key)) != 0; }
+    /// Fewer than this.
+    static constexpr std::uint8_t none = 0xFF;
+
+    KeyTable() { lastOfSlot_.fill(none); }
+
+    /// @param key  a new one, which outlives the table
+    void add(std::string_view key) {
+        auto& last = lastOfSlot_[slot(key)];
+        entries_.push_back({key, last});
+        last = static_cast<std::uint8_t>(entries_.size() - 1);
+    }
+
+    /// The number of a key that was added, or none.
+    std::uint8_t find(std::string_view key) const {
+        auto number = lastOfSlot_[slot(key)];
+        while (number != none && entries_[number].key != key) {
+            number = entries_[number].previousOfSlot;
+        }
+        return number;
+    }
 
 private:
-    static std::uint64_t bit(std::string_view key) {
+    struct Entry {
+        std::string_view key;
+        std::uint8_t previousOfSlot;
+    };
+
+    static std::uint8_t slot(std::string_view key) {
         const auto first = key.empty() ? 0U : static_cast<unsigned char>(key.front());
-        return std::uint64_t{1} << ((key.size() * 5 + first) % 64);
+        return static_cast<std::uint8_t>(key.size() * 31 + first * 7U);
     }
-    std::uint64_t bits_ = 0;
+
+    std::array<std::uint8_t, 256> lastOfSlot_;
+    std::vector<Entry> entries_;
 };
 
-/// Receives a member; `context` is the caller's.
-using MemberVisitor = void (*)(void* context, std::string_view key, const RKTJSONValue& value);
+/// Receives a member of interest; `context` is the caller's.
+using MemberVisitor = void (*)(void* context, std::uint8_t key, const RKTJSONValue& value);
 
-/// Calls `visit` for the members whose keys pass the sieve, as they stand in the document.
+/// Calls `visit` for the members whose keys are in the table, as they stand in the document.
 /// Services send many members that nobody asked for: those cost next to nothing here.
-void visitMembers(const RKTJSONDictionary& dictionary, const KeySieve& sieve, MemberVisitor visit,
+void visitMembers(const RKTJSONDictionary& dictionary, const KeyTable& keys, MemberVisitor visit,
                   void* context);
 
 }  // namespace rkt

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
+#include <utility>
 
 #include "support/ASCII.h"
 #include "support/Percent.h"
@@ -26,7 +27,8 @@ bool isHost(std::string_view text) {
 /// literally, "%", "?" and blanks included. The user is required: `host:path` cannot be told from
 /// a URL whose scheme is "host", such as `mailto:a` or `C:/repo`.
 std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
-    const std::size_t at = text.substr(0, text.find_first_of("/:")).rfind('@');
+    const auto* const end = std::ranges::find_if(text, [](char c) { return c == '/' || c == ':'; });
+    const std::size_t at = std::string_view(text.begin(), end).rfind('@');
     if (at == std::string_view::npos) return std::nullopt;
     const std::string_view user = text.substr(0, at);
     const std::string_view hostAndPath = text.substr(at + 1);
@@ -37,9 +39,15 @@ std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
     const std::string_view path = hostAndPath.substr(colon + 1);
     if (user.empty() || path.empty() || !isHost(host)) return std::nullopt;
     if (std::ranges::any_of(path, isControl) || !rkt::isUTF8(text)) return std::nullopt;
-    return RKTURL::URLWithString("ssh://" + rkt::percentEncode(user, rkt::userOrHostCharacters) +
-                                 "@" + std::string(host) + (path.starts_with('/') ? "" : "/") +
-                                 rkt::percentEncode(path, rkt::pathCharacters));
+    constexpr std::string_view scheme = "ssh://";
+    std::string url;
+    url.reserve(scheme.size() + text.size());  // unless something must be encoded
+    url = scheme;
+    rkt::appendPercentEncoded(url, user, rkt::userOrHostCharacters);
+    url.append("@").append(host);
+    if (!path.starts_with('/')) url += '/';
+    rkt::appendPercentEncoded(url, path, rkt::pathCharacters);
+    return RKTURLAccess::URLWithText(std::move(url));
 }
 
 bool hasHostOrIsFile(const RKTURL& url) {

@@ -6,20 +6,24 @@
 
 namespace rkt {
 
-std::string percentEncode(std::string_view text, const CharacterTable& table) {
+void appendPercentEncoded(std::string& result, std::string_view text, const CharacterTable& table) {
     static constexpr std::string_view digits = "0123456789ABCDEF";
+    for (std::size_t start = 0;; ++start) {
+        const std::size_t run = start;
+        while (start < text.size() && table.contains(text[start])) ++start;
+        result.append(text, run, start - run);
+        if (start == text.size()) return;
+        const auto byte = static_cast<unsigned char>(text[start]);
+        result += '%';
+        result += digits[byte >> 4U];
+        result += digits[byte & 15U];
+    }
+}
+
+std::string percentEncode(std::string_view text, const CharacterTable& table) {
     std::string encoded;
     encoded.reserve(text.size());
-    for (const char c : text) {
-        if (table.contains(c)) {
-            encoded += c;
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            encoded += '%';
-            encoded += digits[byte >> 4U];
-            encoded += digits[byte & 15U];
-        }
-    }
+    appendPercentEncoded(encoded, text, table);
     return encoded;
 }
 

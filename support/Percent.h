@@ -41,6 +41,7 @@ inline constexpr CharacterTable queryItemCharacters("-._~!$'()*+,/:;?@");
 inline constexpr CharacterTable formValueCharacters("-._~!$&'()*+,/:;=?@");
 
 /// Every byte that is not in `table` as "%" and two upper-case digits.
+void appendPercentEncoded(std::string& result, std::string_view text, const CharacterTable& table);
 std::string percentEncode(std::string_view text, const CharacterTable& table);
 
 /// Nothing when a "%" has no two hexadecimal digits after it or when the result is not UTF-8.

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 #include "support/ASCII.h"
 #include "support/Percent.h"
@@ -11,7 +12,15 @@
 
 namespace {
 
+constexpr rkt::CharacterTable plainCharacters("-._~!$&'()*+,;=:@/?");
+/// With those that may stand in some places only.
 constexpr rkt::CharacterTable validCharacters("-._~!$&'()*+,;=:@/?[]%#");
+
+/// Takes four characters at a time, which std::ranges::all_of does not.
+bool isPlainText(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char c) { return plainCharacters.contains(c); });
+}
 
 bool isURLText(std::string_view text) {
     bool hasFragment = false;
@@ -82,8 +91,15 @@ std::optional<std::string> copied(const std::optional<std::string_view>& part) {
 }  // namespace
 
 std::optional<RKTURL> RKTURL::URLWithString(std::string_view text) {
-    if (!isURLText(text)) return std::nullopt;
-    return RKTURL(rkt::strayBracketsEncoded(text));
+    return RKTURLAccess::URLWithText(std::string(text));
+}
+
+std::optional<RKTURL> RKTURLAccess::URLWithText(std::string text) {
+    if (!isPlainText(text)) {
+        if (!isURLText(text)) return std::nullopt;
+        text = rkt::strayBracketsEncoded(text);
+    }
+    return RKTURL(std::move(text));
 }
 
 std::optional<std::string> RKTURL::scheme() const {

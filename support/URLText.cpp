@@ -115,8 +115,9 @@ std::optional<Authority> Authority::parse(std::string_view text) {
 }
 
 bool isIPLiteral(std::string_view text) {
+    if (!text.starts_with('[')) return false;
     const auto authority = Authority::parse(text);
-    return text.starts_with('[') && authority && authority->host == text;
+    return authority && authority->host == text;
 }
 
 std::string strayBracketsEncoded(std::string_view text) {

@@ -7,6 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "KorvoGitService/RKTURL.h"
+
+struct RKTURLAccess {
+    /// RKTURL::URLWithString without a copy of the text.
+    static std::optional<RKTURL> URLWithText(std::string text);
+};
+
 namespace rkt {
 
 /// The five parts of RFC 3986 section 3, as they stand in a text that outlives this.

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "fuzz/common/Target.h"
+#include "support/JSONReading.h"
 
 namespace fuzz::plain {
 
@@ -130,12 +131,30 @@ std::string tagged(const RKTNumber& number) {
 
 namespace fuzz {
 
+namespace {
+
+/// Read in the text's own room it is the same document, or refused for the same reason.
+void requireTheSameInPlace(std::string_view text, const ReadJSON& copied) {
+    std::string room(text);
+    std::optional<RKTError> error;
+    const auto document = rkt::JSONDocumentInPlace(room, &error);
+    require(room == text, "a text that was read stays as it was");
+    require(error == copied.error, "what JSON is, in place");
+    require(document.has_value() == copied.document.has_value(), "a document in place");
+    if (document) {
+        require(plain::agree(*copied.expected, document->root()), "what the JSON says, in place");
+    }
+}
+
+}  // namespace
+
 ReadJSON readJSONBothWays(std::string_view text) {
     ReadJSON result;
     result.document = RKTJSONSerialization::JSONObjectWithData(text, &result.error);
     result.expected = plain::readJSON(text);
     require(result.document.has_value() == result.expected.has_value(), "what JSON is");
     require(result.document.has_value() != result.error.has_value(), "a document or an error");
+    requireTheSameInPlace(text, result);
     if (result.document) {
         require(plain::agree(*result.expected, result.document->root()), "what the JSON says");
         return result;

@@ -26,15 +26,21 @@ protected:
         return field;
     }
 
-    /// The old value is destroyed after the lock is released: it may own a caller's object.
-    template <class T>
-    void set(T& field, T value) {
+    /// `value` is the old one afterwards, to be destroyed without the lock: it may own a caller's
+    /// object.
+    template <class T, class Value>
+    void set(T& field, Value&& value) {
+        if (!isShared_) return std::swap(field, value);
         const std::lock_guard lock(mutex_);
         std::swap(field, value);
     }
 
 private:
+    friend class RKTRepositoryMapping;
+
     mutable std::mutex mutex_;
+    /// False while a maker fills the record that nobody else has yet.
+    bool isShared_ = true;
 };
 
 #endif

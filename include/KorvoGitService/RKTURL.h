@@ -51,6 +51,7 @@ public:
     friend bool operator==(const RKTURL&, const RKTURL&) = default;
 
 private:
+    friend struct RKTURLAccess;
     explicit RKTURL(std::string text) : text_(std::move(text)) {}
     std::string text_;
 };

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 using testing::ElementsAre;
@@ -166,6 +168,19 @@ TEST(RKTRepositoryMapping, MapsAnEmptyArrayToNoRepositories) {
     const auto document = RKTJSONSerialization::JSONObjectWithData("[]");
     EXPECT_THAT(mapping().repositoriesWithArray(document.value().root().array().value()),
                 IsEmpty());
+}
+
+TEST(RKTRepositoryMapping, ARecordCanBeChangedFromSeveralThreadsOnceItIsHandedOut) {
+    const auto repository = mapped(R"({"name": "a name that needs room of its own"})");
+    const auto changeOften = [&](char letter) {
+        for (int i = 0; i < 1000; ++i) {
+            repository->setName(std::string(40, letter));
+            const auto name = repository->name();
+            ASSERT_TRUE(name == std::string(40, 'a') || name == std::string(40, 'b')) << *name;
+        }
+    };
+    const std::jthread other(changeOften, 'a');
+    changeOften('b');
 }
 
 TEST(RKTRepositoryMapping, KeepsLargeIdentifiersExact) {
