@@ -60,10 +60,12 @@ void CurlLoader::stop() {
 
 void CurlLoader::run() {
     while (readInbox()) {
+        admit();
         int running = 0;
         curl_multi_perform(multi_.get(), &running);
         finishDone();
         expire();
+        admit();  // libcurl wakes up at once when it was given any
         curl_multi_poll(multi_.get(), nullptr, 0, millisecondsToSleep(), nullptr);
     }
 }
@@ -85,21 +87,34 @@ bool CurlLoader::readInbox() {
 
 void CurlLoader::applyConnectionLimits() {
     const auto settings = SharedNetworkSettings::instance().get();
+    maximumConnections_ = settings->maximumConnectionsPerOrigin;
+    // Admission keeps to it with the connections in use; for a new one libcurl then closes an idle
+    // one.
     curl_multi_setopt(multi_.get(), CURLMOPT_MAX_HOST_CONNECTIONS,
-                      static_cast<long>(settings->maximumConnectionsPerOrigin));
+                      static_cast<long>(maximumConnections_));
     curl_multi_setopt(multi_.get(), CURLMOPT_MAXCONNECTS,
                       std::max(1L, static_cast<long>(settings->maximumIdleConnections)));
 }
 
 void CurlLoader::begin(Start start) {
     const auto token = start.token;
-    auto transfer = std::make_unique<CurlTransfer>(token, std::move(start.exchange),
-                                                   std::move(start.finished), handles_.take());
+    auto transfer = std::make_unique<CurlTransfer>(
+        token, std::move(start.exchange), std::move(start.finished), handles_.take(), admission_);
     auto& entered = *transfers_.emplace(token, std::move(transfer)).first->second;
     if (!entered.isReady()) return finish(token, entered.takeResult(entered.problem()));
     deadlines_.set(token, entered.nextLook(std::chrono::steady_clock::now()));
-    if (curl_multi_add_handle(multi_.get(), entered.handle()) != CURLM_OK) {
-        finish(token, entered.takeResult(CURLE_OUT_OF_MEMORY));
+    admission_.enter(token, entered.peer(), entered.kind());
+}
+
+void CurlLoader::admit() {
+    std::vector<Token> admitted;
+    while (!(admitted = admission_.admit(maximumConnections_)).empty()) {
+        for (const auto token : admitted) {
+            auto& transfer = *transfers_.at(token);
+            transfer.goOn();
+            if (curl_multi_add_handle(multi_.get(), transfer.handle()) == CURLM_OK) continue;
+            finish(token, transfer.takeResult(CURLE_OUT_OF_MEMORY));
+        }
     }
 }
 
@@ -111,6 +126,7 @@ std::unique_ptr<CurlTransfer> CurlLoader::takeOut(Token token) {
     transfers_.erase(found);
     --underWay_;
     deadlines_.remove(token);
+    admission_.leave(token);
     if (transfer->handle()) {
         curl_multi_remove_handle(multi_.get(), transfer->handle());
         handles_.give(transfer->takeHandle());

@@ -11,6 +11,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "support/curl/Admission.h"
 #include "support/curl/CurlHandles.h"
 #include "support/curl/CurlTransfer.h"
 #include "support/curl/Deadlines.h"
@@ -52,8 +53,9 @@ private:
     void tell(Change change);
     void run();
     bool readInbox();
-    void begin(Start start);
     void applyConnectionLimits();
+    void begin(Start start);
+    void admit();
     void expire();
     void finishDone();
     std::unique_ptr<CurlTransfer> takeOut(Token token);
@@ -71,6 +73,8 @@ private:
     EasyHandlePool handles_;
     std::unordered_map<Token, std::unique_ptr<CurlTransfer>> transfers_;
     Deadlines deadlines_;
+    Admission admission_;
+    std::size_t maximumConnections_ = 0;
     std::thread thread_;
 };
 

@@ -1,11 +1,12 @@
 #include "support/curl/CurlTransfer.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <exception>
 #include <string>
 #include <utility>
 
 #include "KorvoGitService/RKTError.h"
+#include "support/ASCII.h"
 #include "support/curl/CurlCookieJar.h"
 #include "support/curl/CurlErrors.h"
 
@@ -23,6 +24,16 @@ std::string inBrackets(const std::string& host) {
     return host.find(':') != std::string::npos && !host.starts_with('[') ? "[" + host + "]" : host;
 }
 
+// The one that libcurl takes: the first that fits.
+const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
+                                                  const RKTNetworkSettings& settings) {
+    const auto found = std::ranges::find_if(settings.hostMappings, [&](const auto& mapping) {
+        return mapping.port == target.port &&
+               equalIgnoringCase(inBrackets(mapping.host), target.host);
+    });
+    return found == settings.hostMappings.end() ? nullptr : &*found;
+}
+
 // What may be sent twice with the effect of once (RFC 9110 section 9.2.2).
 bool isIdempotent(const std::string& method) {
     return method != "POST" && method != "PATCH" && method != "CONNECT";
@@ -36,11 +47,12 @@ bool mayHoldUserInformation(const std::optional<std::string>& proxy) {
 }  // namespace
 
 CurlTransfer::CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finished finished,
-                           EasyHandle handle)
+                           EasyHandle handle, Admission& admission)
     : token_(token),
       exchange_(std::move(exchange)),
       finished_(std::move(finished)),
       handle_(std::move(handle)),
+      admission_(admission),
       answer_(exchange_.settings->maximumBodySize) {
     configure();
 }
@@ -76,7 +88,7 @@ void CurlTransfer::configure() {
 }
 
 void CurlTransfer::configureRequest() {
-    set(CURLOPT_URL, exchange_.url.c_str());
+    set(CURLOPT_URL, exchange_.target.URLForLoading().c_str());
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_PATH_AS_IS, 1L);
     set(CURLOPT_FOLLOWLOCATION, 0L);
@@ -101,12 +113,11 @@ void CurlTransfer::configureRequest() {
 void CurlTransfer::configureNetwork() {
     const auto& settings = *exchange_.settings;
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-    set(CURLOPT_PIPEWAIT, 1L);  // rather wait to share a connection than open another
     // When a connection that was used before ends without an answer, libcurl sends the request
     // again. The server may have acted on the first: a second use of an authorization code takes
     // back what it brought (RFC 6749 section 4.1.2). The new connection is closed afterwards: no
     // other such request may use it, and they would pile up.
-    if (!isIdempotent(exchange_.method)) {
+    if (kind() == Admission::Kind::Alone) {
         set(CURLOPT_FRESH_CONNECT, 1L);
         set(CURLOPT_FORBID_REUSE, 1L);
     }
@@ -128,6 +139,8 @@ void CurlTransfer::configureNetwork() {
                                std::to_string(mapping.addressPort));
     }
     set(CURLOPT_CONNECT_TO, connectTo_.get());
+    set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnection);
+    set(CURLOPT_PREREQDATA, this);
     // Time is kept by the loader. This is for a host with several addresses: libcurl gives each a
     // share of it before it tries the next.
     constexpr std::chrono::milliseconds longest = std::chrono::hours(24);
@@ -146,6 +159,31 @@ Loader::Token CurlTransfer::tokenOf(CURL* handle) {
     char* transfer = nullptr;
     curl_easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
     return reinterpret_cast<const CurlTransfer*>(transfer)->token_;
+}
+
+Admission::Kind CurlTransfer::kind() const {
+    return isIdempotent(exchange_.method) ? Admission::Kind::Shares : Admission::Kind::Alone;
+}
+
+// libcurl counts connections by the host that they are led to and the URL's port, and all that go
+// to a proxy without a tunnel as the proxy's.
+std::string CurlTransfer::peer() const {
+    const auto& target = exchange_.target;
+    const auto& settings = *exchange_.settings;
+    const auto* mapping = mappingFor(target, settings);
+    if (settings.proxy && !mapping && target.scheme == "http") return *settings.proxy;
+    return (mapping ? mapping->address : asciiLowered(target.host)) + " " +
+           std::to_string(target.port);
+}
+
+int CurlTransfer::onConnection(void* transfer, char* address, char*, int, int ownPort) {
+    auto& self = *static_cast<CurlTransfer*>(transfer);
+    try {
+        self.admission_.began(self.token_, {address, ownPort});
+    } catch (const std::exception&) {
+        return CURL_PREREQFUNC_ABORT;  // no memory
+    }
+    return CURL_PREREQFUNC_OK;
 }
 
 std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count,
@@ -170,7 +208,7 @@ CurlTransfer::TimePoint CurlTransfer::deadline() const {
          {CURLINFO_NAMELOOKUP_TIME_T, CURLINFO_CONNECT_TIME_T, CURLINFO_APPCONNECT_TIME_T}) {
         curl_off_t microseconds = 0;
         curl_easy_getinfo(handle_.get(), phase, &microseconds);
-        last = std::max(last, started_ + std::chrono::microseconds(microseconds));
+        last = std::max(last, handedOver_ + std::chrono::microseconds(microseconds));
     }
     return std::min(last + exchange_.idleTimeout, exchange_.deadline);
 }

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "support/curl/Admission.h"
 #include "support/curl/AnswerReader.h"
 #include "support/curl/CurlHandles.h"
 #include "support/session/Loader.h"
@@ -19,8 +20,9 @@ class CurlTransfer {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
+    /// @param admission  hears when this has begun; outlives it
     CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finished finished,
-                 EasyHandle handle);
+                 EasyHandle handle, Admission& admission);
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
@@ -28,6 +30,12 @@ public:
     /// False when libcurl refuses a setting, for want of memory or of a file.
     bool isReady() const { return problem_ == CURLE_OK; }
     CURLcode problem() const { return problem_; }
+
+    /// What libcurl limits the number of connections for.
+    std::string peer() const;
+    Admission::Kind kind() const;
+    /// Its turn has come: it goes into the multi handle.
+    void goOn() { handedOver_ = std::chrono::steady_clock::now(); }
 
     /// When the transfer is too late, as things stand.
     TimePoint deadline() const;
@@ -52,6 +60,7 @@ private:
     void set(CURLoption option, T value);
     void append(HeaderList& list, const std::string& line);
 
+    static int onConnection(void* transfer, char* address, char* ownAddress, int port, int ownPort);
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* transfer);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* transfer);
     void touch() { lastByte_ = std::chrono::steady_clock::now(); }
@@ -62,12 +71,14 @@ private:
     const Exchange exchange_;
     Loader::Finished finished_;
     EasyHandle handle_;
+    Admission& admission_;
     HeaderList headerList_;
     HeaderList connectTo_;
     CURLcode problem_ = CURLE_OK;
     char errorText_[CURL_ERROR_SIZE] = "";
 
     const TimePoint started_ = std::chrono::steady_clock::now();
+    TimePoint handedOver_ = started_;
     TimePoint lastByte_ = started_;
     AnswerReader answer_;
 };

@@ -13,6 +13,7 @@
 
 #include "KorvoGitService/RKTNetworkSettings.h"
 #include "KorvoGitService/RKTURLRequest.h"
+#include "support/RequestTarget.h"
 
 namespace rkt {
 
@@ -30,7 +31,7 @@ protected:
 
 /// One exchange: a request to one origin, with no redirects followed. Owns all that it needs.
 struct Exchange {
-    std::string url;  // scheme, host, port, path and query only
+    RequestTarget target;
     std::string method;
     std::vector<RKTURLRequest::Header> headers;  // known to hold no control characters but tabs
     std::string body;

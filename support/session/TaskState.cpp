@@ -68,11 +68,11 @@ void TaskState::resume() {
 
 // Called by resume(), and on the queue for every redirect.
 void TaskState::load() {
-    const auto target = requestTarget(currentRequest_.URL());
+    auto target = requestTarget(currentRequest_.URL());
     if (const auto* problem = std::get_if<TargetProblem>(&target)) return fail(errorCode(*problem));
     if (!canBeSent(currentRequest_)) return fail(RKTError::NSURLErrorBadURL);
 
-    Exchange exchange{std::get<RequestTarget>(target).URLForLoading(),
+    Exchange exchange{std::get<RequestTarget>(std::move(target)),
                       currentRequest_.HTTPMethod(),
                       headersToSend(currentRequest_),
                       currentRequest_.HTTPBody(),

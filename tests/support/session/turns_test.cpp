@@ -1,0 +1,130 @@
+// Many more requests than connections: each gets its turn.
+
+#include <gmock/gmock.h>
+
+#include "tests/helpers/Loading.h"
+
+namespace {
+
+using emulator::RawAnswer;
+
+class Turns : public testing::Test {
+protected:
+    static constexpr std::size_t connections = 4;
+    Origin origin;
+    std::shared_ptr<RKTURLSession> session;
+    std::shared_ptr<Awaited<Loaded>> loaded = std::make_shared<Awaited<Loaded>>();
+
+    Turns() {
+        origin.settings.maximumConnectionsPerOrigin = connections;
+        RKTNetworkSettings::setShared(origin.settings);
+        session = origin.session();
+        origin.server.script({}, emulator::textAnswer(200, "body"));
+    }
+    ~Turns() override { RKTNetworkSettings::setShared({}); }
+
+    std::shared_ptr<RKTURLSessionDataTask> start(const char* method) {
+        auto request = requestTo(origin.url("/x"));
+        request.setHTTPMethod(method);
+        auto task = Origin::task(*session, request, loaded);
+        task->resume();
+        return task;
+    }
+    std::vector<std::shared_ptr<RKTURLSessionDataTask>> startMany(
+        std::size_t count, const std::vector<const char*>& methods) {
+        std::vector<std::shared_ptr<RKTURLSessionDataTask>> tasks;
+        for (std::size_t i = 0; i < count; ++i) tasks.push_back(start(methods[i % methods.size()]));
+        return tasks;
+    }
+    void expectThatAllComplete(std::size_t count) {
+        for (const auto& result : loaded->wait(count)) {
+            EXPECT_FALSE(result.error);
+            EXPECT_EQ(result.data, "body");
+        }
+        EXPECT_EQ(origin.server.requestCount(), count);
+    }
+};
+
+class TurnsOf : public Turns, public testing::WithParamInterface<std::vector<const char*>> {};
+
+TEST_P(TurnsOf, ComeToAll) {
+    startMany(60, GetParam());
+    expectThatAllComplete(60);
+}
+
+TEST_P(TurnsOf, ComeToAllWhenEachConnectionIsClosed) {
+    origin.server.clearScripts();
+    origin.server.script(
+        {}, RawAnswer()
+                .send("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: 4\r\n\r\nbody")
+                .close());
+    startMany(60, GetParam());
+    expectThatAllComplete(60);
+}
+
+TEST_P(TurnsOf, ComeToAllWhenSomeConnectionsFail) {
+    origin.server.disturb(emulator::ConnectionStage::ClientHello, RawAnswer().close(), 7);
+    startMany(60, GetParam());
+    const auto results = loaded->wait(60);
+    EXPECT_EQ(std::ranges::count_if(results, [](const auto& one) { return one.error.has_value(); }),
+              7);
+}
+
+TEST_P(TurnsOf, TakeNoMoreConnectionsThanThereMayBe) {
+    auto hold = origin.server.hold({.path = "/x"});
+    startMany(40, GetParam());
+    ASSERT_TRUE(hold.waitUntilReached(connections));
+    // The loader has one thread: it would have opened another connection before this one.
+    EXPECT_EQ(origin.load(origin.httpURL("/other")).data, "body");
+    EXPECT_EQ(origin.server.openConnections(), connections + 1);
+    EXPECT_EQ(origin.server.requests({.path = "/x"}).size(), connections);
+    hold.release();
+    for (const auto& result : loaded->wait(40)) EXPECT_EQ(result.data, "body");
+}
+
+TEST_P(TurnsOf, ComeToTheOthersWhenSomeAreCancelledWhileTheyWait) {
+    auto hold = origin.server.hold({.path = "/x"});
+    const auto tasks = startMany(60, GetParam());
+    ASSERT_TRUE(hold.waitUntilReached(connections));
+    for (std::size_t i = connections; i < tasks.size(); i += 2) tasks[i]->cancel();
+    hold.release();
+    const auto results = loaded->wait(60);
+    EXPECT_EQ(std::ranges::count(results, RKTError::NSURLErrorCancelled, &Loaded::code), 28);
+    EXPECT_EQ(std::ranges::count(results, "body", &Loaded::data), 32);
+    EXPECT_EQ(origin.server.requestCount(), 32U);
+}
+
+INSTANTIATE_TEST_SUITE_P(, TurnsOf,
+                         testing::Values(std::vector{"GET"}, std::vector{"POST"},
+                                         std::vector{"GET", "POST"}),
+                         [](const auto& tested) {
+                             std::string name;
+                             for (const auto* method : tested.param) name += method;
+                             return name;
+                         });
+
+TEST_F(Turns, GoToTheNextWhenTheFirstIsCancelledBeforeItHasAConnection) {
+    const auto gate = std::make_shared<emulator::Gate>();
+    origin.server.disturb(emulator::ConnectionStage::ClientHello, RawAnswer().await(gate).close(),
+                          1);
+    const auto first = start("GET");
+    ASSERT_TRUE(gate->waitForArrivals(1, std::chrono::seconds(20)));
+    startMany(20, {"GET"});
+    first->cancel();
+    const auto results = loaded->wait(21);
+    gate->open();
+    EXPECT_EQ(std::ranges::count(results, "body", &Loaded::data), 20);
+}
+
+// Waiting for a turn is time without a byte, too.
+TEST_F(Turns, ThatDoNotComeInTimeAreTimeouts) {
+    origin.settings.timeoutIntervalForRequest = std::chrono::milliseconds(300);
+    session = origin.session();
+    auto hold = origin.server.hold({.path = "/x"});
+    startMany(20, {"GET", "POST"});
+    for (const auto& result : loaded->wait(20)) {
+        EXPECT_EQ(result.code(), RKTError::NSURLErrorTimedOut);
+    }
+}
+
+}  // namespace
