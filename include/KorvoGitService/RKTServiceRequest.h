@@ -132,13 +132,16 @@ public:
     static std::shared_ptr<RKTServiceObjectResult> resultWithHTTPURLResponse(
         const RKTHTTPURLResponse* response);
 
-    /// A copy of what was set, made while the record is locked: a std::shared_ptr belongs into it,
-    /// which shares its object. Empty when there is none.
-    std::any result() const { return get(result_); }
-    void setResult(std::any value) { set(result_, std::move(value)); }
+    /// A copy of what was set; where that is a std::shared_ptr, the same object. Empty when there
+    /// is none.
+    std::any result() const { return *get(result_); }
+    void setResult(std::any value) {
+        set(result_, std::make_shared<const std::any>(std::move(value)));
+    }
 
 private:
-    std::any result_;
+    // Never null. Shared, so that an object of the caller's is not copied under the lock.
+    std::shared_ptr<const std::any> result_ = std::make_shared<const std::any>();
 };
 
 /// A page of objects. When `error` is set the properties of this class are nothing.

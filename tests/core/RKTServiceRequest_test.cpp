@@ -121,6 +121,22 @@ TEST(RKTServiceObjectResult, SharesItsResult) {
     EXPECT_EQ(std::any_cast<std::shared_ptr<RKTServiceRepository>>(result.result()), repository);
 }
 
+TEST(RKTServiceObjectResult, MayBeReadWhileItsObjectIsCopied) {
+    struct Object {
+        const RKTServiceObjectResult* result;
+        bool* read;
+        Object(const RKTServiceObjectResult* owner, bool* flag) : result(owner), read(flag) {}
+        Object(const Object& other) : result(other.result), read(other.read) {
+            if (!*read) *read = result->error() == std::nullopt;
+        }
+    };
+    RKTServiceObjectResult result;
+    bool read = false;
+    result.setResult(std::make_any<Object>(&result, &read));
+    EXPECT_TRUE(result.result().has_value());
+    EXPECT_TRUE(read);
+}
+
 TEST(RKTServiceArrayResult, HoldsAPage) {
     RKTServiceArrayResult result;
     EXPECT_EQ(result.results(), std::nullopt);
