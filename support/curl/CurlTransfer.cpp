@@ -102,7 +102,9 @@ void CurlTransfer::configureRequest() {
         set(CURLOPT_CUSTOMREQUEST, exchange_.method.c_str());
     }
     for (const auto& header : exchange_.headers) append(headerList_, headerLine(header));
-    append(headerList_, "Expect:");  // not sent, however large the body
+    // Without a value: libcurl's own "Accept: */*", and "Expect" for large bodies, stay away.
+    append(headerList_, "Accept:");
+    append(headerList_, "Expect:");
     set(CURLOPT_HTTPHEADER, headerList_.get());
     if (const auto jar = std::dynamic_pointer_cast<CurlCookieJar>(exchange_.cookies)) {
         set(CURLOPT_SHARE, jar->share());
