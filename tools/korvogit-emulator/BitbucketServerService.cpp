@@ -4,6 +4,7 @@
 
 #include "Authorization.h"
 #include "BitbucketServerRecords.h"
+#include "JSONText.h"
 #include "Sorting.h"
 
 namespace emulator {
@@ -21,7 +22,7 @@ Answer errorAnswer(unsigned status, const std::string& message, const std::strin
     Json error{{"context", nullptr}, {"message", message}};
     error["exceptionName"] =
         exception.empty() ? Json() : Json("com.atlassian.bitbucket." + exception);
-    return jsonAnswer(status, Json{{"errors", Json::array({error})}}.dump());
+    return jsonAnswer(status, jsonText(Json{{"errors", Json::array({error})}}));
 }
 
 Answer unauthorized(const std::string& message, const std::string& exception) {

@@ -7,6 +7,7 @@
 #include "BitbucketListing.h"
 #include "BitbucketRecords.h"
 #include "Digest.h"
+#include "JSONText.h"
 
 namespace emulator {
 
@@ -24,7 +25,7 @@ Answer errorAnswer(unsigned status, const std::string& message, const std::strin
     if (!detail.empty()) {
         error["detail"] = detail;
     }
-    return jsonAnswer(status, Json{{"type", "error"}, {"error", error}}.dump());
+    return jsonAnswer(status, jsonText(Json{{"type", "error"}, {"error", error}}));
 }
 
 Answer withdrawn() {
@@ -95,7 +96,7 @@ Answer BitbucketService::route(const Request& request, const Account* viewer) {
         return viewer != nullptr ? jsonAnswer(200, bitbucketUserRecord(*viewer))
                                  : anonymousRefused();
     }
-    if (request.path.starts_with(repositoriesPath)) {
+    if ((request.path + "/").starts_with(std::string(repositoriesPath) + "/")) {
         return repositories(request, viewer);
     }
     return errorAnswer(404, "Resource not found", "There is no API hosted at this URL.");

@@ -13,16 +13,17 @@ namespace {
 
 /// What KorvoGitService sends for the date of the last activity; GitLab documents another name.
 constexpr std::string_view undocumentedOrder = "last_activity_date";
+constexpr std::string_view orderParameter = "order_by";
 
 struct Choices {
-    const char* name;
+    std::string_view name;
     std::vector<std::string_view> values;
 };
 
 const std::vector<Choices>& knownParameters() {
     static const std::vector<std::string_view> booleans{"true", "false", "1", "0", "t", "f"};
     static const std::vector<Choices> parameters{
-        {"order_by",
+        {orderParameter,
          {"id", "name", "path", "created_at", "updated_at", "last_activity_at", "star_count",
           "similarity"}},
         {"sort", {"asc", "desc"}},
@@ -31,6 +32,7 @@ const std::vector<Choices>& knownParameters() {
         {"archived", booleans},
         {"membership", booleans},
         {"owned", booleans},
+        {"simple", booleans},
     };
     return parameters;
 }
@@ -38,10 +40,11 @@ const std::vector<Choices>& knownParameters() {
 std::string refusalOf(const Request& request, bool strict) {
     for (const auto& parameter : knownParameters()) {
         const auto value = request.queryValue(parameter.name);
-        const bool tolerated = !strict && value == undocumentedOrder;
+        const bool tolerated =
+            !strict && parameter.name == orderParameter && value == undocumentedOrder;
         if (value && !tolerated &&
             std::ranges::find(parameter.values, *value) == parameter.values.end()) {
-            return parameter.name;
+            return std::string(parameter.name);
         }
     }
     return {};
@@ -111,6 +114,8 @@ GitLabSelection selectGitLabProjects(const Request& request, const Accounts& acc
     if (!selection.refusal.empty()) {
         return selection;
     }
+    const bool isSimple = isTrue(request.queryValue("simple"));
+    selection.detail = isSimple ? ProjectDetail::Simple : ProjectDetail::Full;
     const bool ownOnly = asksForOwn(request);
     const auto filters = filtersOf(request);
     for (const auto& account : accounts.all()) {

@@ -47,7 +47,12 @@ void addAddresses(Json& json, const std::string& web, const std::string& host,
     json["star_count"] = repository.stars;
     json["last_activity_at"] = isoDate(repository.pushed);
     json["namespace"] = namespaceRecord(web, repository.owner);
-    json["container_registry_image_prefix"] = "registry." + host + "/" + path;
+}
+
+void addLinks(Json& json, const std::string& web, const std::string& host,
+              const Repository& repository) {
+    json["container_registry_image_prefix"] =
+        "registry." + host + "/" + repository.owner.login + "/" + lowered(repository.name);
     const std::string api = web + "/api/v4/projects/" + std::to_string(repository.id);
     json["_links"]["self"] = api;
     for (const auto& [name, rest] :
@@ -155,10 +160,12 @@ std::string gitLabUserRecord(const std::string& web, const Account& account) {
 }
 
 std::string gitLabProjectRecord(const std::string& web, const std::string& host,
-                                const Repository& repository) {
+                                const Repository& repository, ProjectDetail detail) {
     Json json;
     addIdentity(json, repository);
     addAddresses(json, web, host, repository);
+    if (detail == ProjectDetail::Simple) return json.dump();
+    addLinks(json, web, host, repository);
     json["empty_repo"] = false;
     json["archived"] = repository.isArchived;
     json["visibility"] = visibilityName(repository.visibility);

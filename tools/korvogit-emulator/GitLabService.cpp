@@ -194,8 +194,9 @@ Answer GitLabService::projects(const Request& request, const Account* viewer) {
                          "that return objects of type Project. Remaining records can be retrieved "
                          "using keyset pagination.");
     }
-    auto answer = jsonAnswer(200, jsonArray(selection.repositories, page,
-                                            [&](const auto& r) { return record(request, r); }));
+    auto answer = jsonAnswer(200, jsonArray(selection.repositories, page, [&](const auto& r) {
+                                 return record(request, r, selection.detail);
+                             }));
     answer.headers.set("Content-Type", "application/json");
     answer.compressible = true;
     const bool uncounted = viewer != nullptr && viewer->restriction == Restriction::OmitsLastLink;
@@ -229,9 +230,11 @@ Answer GitLabService::project(const Request& request, const Account* viewer) {
     return withMessage(404, "404 Project Not Found");
 }
 
-std::string GitLabService::record(const Request& request, const Repository& repository) {
-    return records_.text(request.origin() + " " + std::to_string(repository.id), [&] {
-        return gitLabProjectRecord(request.origin(), request.host(), repository);
+std::string GitLabService::record(const Request& request, const Repository& repository,
+                                  ProjectDetail detail) {
+    const std::string kind = detail == ProjectDetail::Simple ? " simple " : " ";
+    return records_.text(request.origin() + kind + std::to_string(repository.id), [&] {
+        return gitLabProjectRecord(request.origin(), request.host(), repository, detail);
     });
 }
 

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "GitLabRecords.h"
 #include "HostingService.h"
 #include "RecordCache.h"
 
@@ -28,7 +29,8 @@ private:
     Answer route(const Request& request, const Accounts::Holder& holder);
     Answer projects(const Request& request, const Account* viewer);
     Answer project(const Request& request, const Account* viewer);
-    std::string record(const Request& request, const Repository& repository);
+    std::string record(const Request& request, const Repository& repository,
+                       ProjectDetail detail = ProjectDetail::Full);
 
     const ServiceSettings settings_;
     RecordCache records_;

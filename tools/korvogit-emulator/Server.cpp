@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <exception>
 #include <mutex>
 #include <optional>
 
@@ -73,6 +74,16 @@ RawAnswer withHolds(const Answer& answer, const Request& request,
     awaitAt(steps, places, HoldStage::InBody);
     steps.send(body.substr(body.size() / 2));
     return steps.keepAlive(staysOpen(answer, request));
+}
+
+/// A request that a service was not made for must not end a server that others are using.
+Answer answerOf(HostingService& service, const Request& request) {
+    try {
+        return service.answer(request);
+    } catch (const std::exception& error) {
+        return textAnswer(500,
+                          std::string("The emulator cannot answer this: ") + error.what() + "\n");
+    }
 }
 
 std::optional<Fault> faultOfToken(const Request& request) {
@@ -165,7 +176,7 @@ struct Server::Impl : Exchange {
         }
         for (const auto& service : services) {
             if (service->serves(request)) {
-                return service->answer(request);
+                return answerOf(*service, request);
             }
         }
         return textAnswer(404, "No hosting service is emulated at this host and path.\n");

@@ -57,6 +57,12 @@ TEST_F(EmulatedBitbucketServer, DoesNotFindUsersThatAreNotThere) {
     EXPECT_EQ(error["exceptionName"], "com.atlassian.bitbucket.user.NoSuchUserException");
 }
 
+TEST_F(EmulatedBitbucketServer, DoesNotFindUsersWhoseNamesAreNoText) {
+    const auto response = askAs("octavia", "/users/%FF");
+    EXPECT_EQ(response.status, 404U);
+    EXPECT_EQ(json::parse(response.body)["errors"][0]["message"], "User \uFFFD does not exist.");
+}
+
 TEST_F(EmulatedBitbucketServer, TakesPasswordsTokensInTheirPlaceAndBearerTokens) {
     EXPECT_EQ(askWith("octavia:demo-password-octavia", "/users/octavia").status, 200U);
     EXPECT_EQ(askWith("octavia:demo-token-octavia", "/users/octavia").status, 200U);

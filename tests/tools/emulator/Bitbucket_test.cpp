@@ -95,9 +95,11 @@ TEST_F(EmulatedBitbucket, ListsPublicRepositoriesToEverybody) {
 }
 
 TEST_F(EmulatedBitbucket, FindsNothingElsewhere) {
-    const auto response = askAs("octavia", "/nothing");
-    EXPECT_EQ(response.status, 404U);
-    EXPECT_EQ(json::parse(response.body)["type"], "error");
+    for (const auto* target : {"/nothing", "/repositoriesnothing", "/users"}) {
+        const auto response = askAs("octavia", target);
+        EXPECT_EQ(response.status, 404U) << target;
+        EXPECT_EQ(json::parse(response.body)["type"], "error") << target;
+    }
     client.send("POST /2.0/user HTTP/1.1\r\nHost: api.bitbucket.org\r\nContent-Length: 0\r\n\r\n");
     EXPECT_EQ(client.receive().status, 405U);
 }
@@ -157,7 +159,7 @@ TEST_F(EmulatedBitbucket, ReadsFiltersOfTwoClauses) {
 }
 
 TEST_F(EmulatedBitbucket, RefusesFiltersThatItCannotRead) {
-    for (const auto* q : {"", "scm", "scm%20%3D", "scm%20%3D%20git", "name%20%3D%20%22x%22",
+    for (const auto* q : {"", "%FF", "scm", "scm%20%3D", "scm%20%3D%20git", "name%20%3D%20%22x%22",
                           "is_private%20%3D%201", "is_private%20%3E%20true",
                           "scm%20%3D%20%22git%22%20AND", "scm%20%3D%20%22git%22%20OR%20a%20%3D%20b",
                           "scm%20%3D%20%22git%22%20is_private%20%3D%20true"}) {

@@ -186,12 +186,38 @@ TEST_F(EmulatedGitLab, RefusesValuesThatItDoesNotKnow) {
     EXPECT_EQ(refusal("visibility=secret"), "visibility does not have a valid value");
     EXPECT_EQ(refusal("archived=maybe"), "archived does not have a valid value");
     EXPECT_EQ(refusal("min_access_level=11"), "min_access_level does not have a valid value");
+    EXPECT_EQ(refusal("simple=maybe"), "simple does not have a valid value");
 }
 
 TEST_F(EmulatedGitLab, TakesTheLibrarysNameOfTheLastActivity) {
     const auto response =
         askAs("octavia", "/projects?min_access_level=10&order_by=last_activity_date&sort=asc");
     EXPECT_TRUE(std::ranges::is_sorted(valuesOf<std::string>(response, "last_activity_at")));
+}
+
+TEST_F(EmulatedGitLab, TakesThatNameForAnOrderAlone) {
+    for (const std::string parameter : {"sort", "visibility", "min_access_level", "archived"}) {
+        const auto response = askAs("octavia", "/projects?" + parameter + "=last_activity_date");
+        EXPECT_EQ(response.status, 400U) << parameter;
+    }
+}
+
+TEST_F(EmulatedGitLab, SaysLessOfProjectsWhenThatIsAskedFor) {
+    const auto first = [&](const std::string& simple) {
+        return json::parse(
+            askAs("octavia", "/projects?min_access_level=10&per_page=1" + simple).body)[0];
+    };
+    const auto full = first("");
+    const auto brief = first("&simple=true");
+    for (const auto& [name, value] : brief.items()) EXPECT_EQ(full.at(name), value) << name;
+    for (const auto* name : {"id", "name_with_namespace", "ssh_url_to_repo", "namespace"}) {
+        EXPECT_TRUE(brief.contains(name)) << name;
+    }
+    for (const auto* name : {"visibility", "archived", "_links", "permissions"}) {
+        EXPECT_TRUE(full.contains(name)) << name;
+        EXPECT_FALSE(brief.contains(name)) << name;
+    }
+    EXPECT_EQ(first("&simple=false"), full);
 }
 
 class StrictEmulatedGitLab : public EmulatedGitLab {

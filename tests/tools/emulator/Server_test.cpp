@@ -142,6 +142,17 @@ TEST(EmulatorServer, AnswersGarbageWithBadRequest) {
     EXPECT_EQ(server.requestCount(), 0U);
 }
 
+TEST(EmulatorServer, GoesOnAfterARequestThatNoServiceCanAnswer) {
+    Server server;
+    Client client(server.httpPort());
+    const auto statusAt = [&](const std::string& host) {
+        client.send(get("/api/v4/user", "PRIVATE-TOKEN: demo-token-octavia\r\n", host));
+        return client.receive().status;
+    };
+    EXPECT_EQ(statusAt("\xff"), 500U);  // records repeat the host, and JSON cannot hold this one
+    EXPECT_EQ(statusAt("git.example.com"), 200U);
+}
+
 TEST(EmulatorServer, ChoosesHttp11ByAlpn) {
     Server server;
     Client client(server.httpsPort(), Tls{server.caFile(), "localhost", "\x02h2\x08http/1.1"});
