@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <memory>
 
 #include "Asking.h"
@@ -41,8 +42,11 @@ Options::Options(CLI::App& command)
 void Options::check() const {
     const auto& asked = *request.request();
     if (all && asked.page()) throw CLI::ExcludesError("--all", "--page");
-    if (all && asked.countPerPage() && asked.countPerPage()->integerValue() <= 0) {
-        throw CLI::ValidationError("--per-page", "must be above 0 for --all");
+    // Where pages are counted in repositories, what came times the length must not overflow.
+    constexpr std::int64_t longestPage = 1'000'000;
+    const auto length = asked.countPerPage() ? asked.countPerPage()->integerValue() : 1;
+    if (all && (length <= 0 || length > longestPage)) {
+        throw CLI::ValidationError("--per-page", "must be from 1 to 1000000 for --all");
     }
     if (!properties.columns().empty() && format != Format::Table && format != Format::Csv) {
         throw CLI::ValidationError(

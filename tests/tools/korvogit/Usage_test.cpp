@@ -67,7 +67,12 @@ const Wrong wrongLines[] = {
     {"UnknownDirection", repositories({"--direction", "up"}),
      "--direction: must be one of default, ascending, descending, or a number"},
     {"AllAndAPage", repositories({"--all", "--page", "2"}), "--all excludes --page"},
-    {"AllByNone", repositories({"--all", "--per-page=0"}), "--per-page: must be above 0 for --all"},
+    {"AllByNone", repositories({"--all", "--per-page=0"}),
+     "--per-page: must be from 1 to 1000000 for --all"},
+    {"AllByTooMany", repositories({"--all", "--per-page=1000001"}),
+     "--per-page: must be from 1 to 1000000 for --all"},
+    {"AllByMoreThanSigned", repositories({"--all", "--per-page=18446744073709551615"}),
+     "--per-page: must be from 1 to 1000000 for --all"},
     {"UnknownColumn", repositories({"--columns", "name,stars"}),
      "--columns: there is no property \"stars\"; the properties are identifier, name, fullName, "
      "descriptiveText, path, fullPath, ownerIdentifier, ownerName, state, visibility, isFork, "
