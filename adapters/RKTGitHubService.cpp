@@ -55,6 +55,9 @@ std::optional<RKTURLComponents> RKTGitHubService::componentsForPath(
     }
     const std::string enterprisePath = RKTStringByAppendingPathComponent(enterpriseRoot, path);
     auto components = RKTURLComponents::componentsWithURL(*url);
+    // The prefix stays at the public host, and that is meant: there is nothing below it, so such an
+    // account ends with an error and not as one of public GitHub. Its token goes there all the same
+    // (docs/security.md).
     if (!components) return rkt::componentsForHost(APIHost, enterprisePath);
     components->setPath(enterprisePath);
     return components;
