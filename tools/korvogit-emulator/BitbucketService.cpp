@@ -96,7 +96,9 @@ Answer BitbucketService::route(const Request& request, const Account* viewer) {
         return viewer != nullptr ? jsonAnswer(200, bitbucketUserRecord(*viewer))
                                  : anonymousRefused();
     }
-    if ((request.path + "/").starts_with(std::string(repositoriesPath) + "/")) {
+    const std::string_view path = request.path;
+    if (path == repositoriesPath ||
+        (path.starts_with(repositoriesPath) && path[repositoriesPath.size()] == '/')) {
         return repositories(request, viewer);
     }
     return errorAnswer(404, "Resource not found", "There is no API hosted at this URL.");
