@@ -9,6 +9,7 @@
 #include "support/ASCII.h"
 #include "support/curl/CurlCookieJar.h"
 #include "support/curl/CurlErrors.h"
+#include "support/curl/ProxyAccount.h"
 
 namespace rkt {
 namespace {
@@ -37,11 +38,6 @@ const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
 // What may be sent twice with the effect of once (RFC 9110 section 9.2.2).
 bool isIdempotent(const std::string& method) {
     return method != "POST" && method != "PATCH" && method != "CONNECT";
-}
-
-// An "@" ends user information; somebody may have percent-encoded it.
-bool mayHoldUserInformation(const std::optional<std::string>& proxy) {
-    return proxy && proxy->find_first_of("@%") != std::string::npos;
 }
 
 }  // namespace
@@ -122,6 +118,10 @@ void CurlTransfer::configureNetwork() {
     if (kind() == Admission::Kind::Alone) {
         set(CURLOPT_FRESH_CONNECT, 1L);
         set(CURLOPT_FORBID_REUSE, 1L);
+    }
+    if (settings.proxy && !isProxyAccountUsable(*settings.proxy)) {
+        problem_ = CURLE_COULDNT_RESOLVE_PROXY;
+        return;
     }
     // Empty rather than unset: unset lets libcurl look into the environment.
     set(CURLOPT_PROXY, settings.proxy ? settings.proxy->c_str() : "");
@@ -227,8 +227,8 @@ CurlTransfer::TimePoint CurlTransfer::nextLook(TimePoint now) const {
 
 // What libcurl says of a proxy may hold the proxy's text, and that a password.
 std::string CurlTransfer::underlyingText(CURLcode code) const {
-    const bool tellsNothing =
-        errorText_[0] == '\0' || mayHoldUserInformation(exchange_.settings->proxy);
+    const auto& proxy = exchange_.settings->proxy;
+    const bool tellsNothing = errorText_[0] == '\0' || (proxy && mayHoldProxyAccount(*proxy));
     return tellsNothing ? curl_easy_strerror(code) : errorText_;
 }
 

@@ -225,7 +225,9 @@ TEST_F(ControlCharactersOfAnApplication, OfAProxysAccountNeverReachTheProxy) {
         origin.settings.proxy = "http://" + account + "@127.0.0.1:" + std::to_string(proxy.port());
         return origin.load(origin.url("/"));
     };
-    for (const char* account : {"us\r\ner:pass", "user:pass\r\nX-Planted: 1"}) {
+    for (const char* account :
+         {"us\r\ner:pass", "user:pass\r\nX-Planted: 1", "us%0D%0AX-Planted:pass", "us%0Aer",
+          "user:pass%0D%0AX-Planted:%201", "user:pa%00ss"}) {
         EXPECT_TRUE(loadAs(account).error) << account;
     }
     EXPECT_TRUE(proxy.requests().empty());
