@@ -56,8 +56,8 @@ private:
     };
 
     static std::uint8_t slot(std::string_view key) {
-        const auto first = key.empty() ? 0U : static_cast<unsigned char>(key.front());
-        return static_cast<std::uint8_t>(key.size() * 31 + first * 7U);
+        const std::size_t first = key.empty() ? 0 : static_cast<unsigned char>(key.front());
+        return static_cast<std::uint8_t>(key.size() * 31 + first * 7);
     }
 
     std::array<std::uint8_t, 256> lastOfSlot_;
