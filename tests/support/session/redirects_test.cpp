@@ -1,0 +1,113 @@
+// Redirects over real sockets: where they lead, as what, and what goes along.
+
+#include <gtest/gtest.h>
+
+#include "tests/helpers/Loading.h"
+
+namespace {
+
+using emulator::Answer;
+
+class Redirects : public testing::Test {
+protected:
+    Origin origin;
+
+    Loaded load() { return origin.load(origin.url("/x")); }
+};
+
+struct Hop {
+    unsigned status;
+    const char* method;
+    const char* nextMethod;
+    bool bodyStays;
+};
+void PrintTo(const Hop& hop, std::ostream* out) {
+    *out << hop.status << hop.method;
+}
+
+class Redirect : public testing::TestWithParam<Hop> {};
+
+TEST_P(Redirect, ChangesTheMethodAsHTTPSays) {
+    Origin origin;
+    Answer redirect{.status = GetParam().status};
+    redirect.headers.add("Location", "/target?page=2");
+    origin.server.script({.path = "/x"}, redirect);
+    origin.server.script({.path = "/target"}, Answer{});
+    auto request = requestTo(origin.url("/x"));
+    request.setHTTPMethod(GetParam().method);
+    if (request.HTTPMethod() == "POST") request.setHTTPBody("grant=1");
+    const Loaded loaded = origin.load(request);
+    EXPECT_EQ(loaded.status(), 200);
+    EXPECT_EQ(loaded.response->URL()->absoluteString(), origin.url("/target?page=2"));
+    const auto next = origin.server.requests().at(1);
+    EXPECT_EQ(next.method, GetParam().nextMethod);
+    EXPECT_EQ(next.target, "/target?page=2");
+    EXPECT_EQ(next.body, GetParam().bodyStays ? "grant=1" : "");
+    EXPECT_EQ(next.headers.get("Content-Type").has_value(), GetParam().bodyStays);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Statuses, Redirect,
+    testing::Values(Hop{301, "POST", "GET", false}, Hop{302, "POST", "GET", false},
+                    Hop{303, "POST", "GET", false}, Hop{307, "POST", "POST", true},
+                    Hop{308, "POST", "POST", true}, Hop{301, "GET", "GET", false},
+                    Hop{303, "PUT", "GET", false}, Hop{302, "PUT", "PUT", false},
+                    Hop{303, "HEAD", "HEAD", false}),
+    [](const auto& tested) { return std::to_string(tested.param.status) + tested.param.method; });
+
+TEST_F(Redirects, DeliversARedirectThatLeadsNowhere) {
+    origin.server.script({.path = "/x"}, Answer{});
+    origin.server.fault({.path = "/x"}, emulator::faults::redirectWithoutLocation());
+    const Loaded loaded = load();
+    EXPECT_FALSE(loaded.error);
+    EXPECT_EQ(loaded.status() / 100, 3);
+}
+
+TEST_F(Redirects, FollowsNoLocationOfAStatusThatDoesNotRedirect) {
+    for (const unsigned status : {200U, 201U, 300U, 304U, 305U, 306U, 404U}) {
+        Answer answer{.status = status};
+        answer.headers.add("Location", "/elsewhere");
+        origin.server.clearScripts();
+        origin.server.script({.path = "/x"}, answer);
+        const Loaded loaded = load();
+        EXPECT_EQ(loaded.status(), static_cast<int>(status));
+        EXPECT_EQ(loaded.data, "");
+        EXPECT_EQ(loaded.response->valueForHTTPHeaderField("Location"), "/elsewhere");
+    }
+    EXPECT_TRUE(origin.server.requests({.path = "/elsewhere"}).empty());
+}
+
+TEST_F(Redirects, SendsAuthorizationToTheSameOriginOnlyAndNeverAgainAfterwards) {
+    const std::string elsewhere = "https://api.github.com";  // the same server under another name
+    const auto redirect = [&](const char* path, const std::string& location) {
+        Answer answer{.status = 302};
+        answer.headers.add("Location", location);
+        origin.server.script({.path = path}, answer);
+    };
+    redirect("/1", "/2");              // the same origin
+    redirect("/2", elsewhere + "/3");  // another host
+    redirect("/3", origin.url("/4"));  // and back
+    origin.server.script({.path = "/4"}, Answer{});
+    auto request = requestTo(origin.url("/1"));
+    request.setValue("Bearer planted", "Authorization");
+    request.setValue("application/json", "Accept");
+    EXPECT_EQ(origin.load(request).status(), 200);
+    const auto requests = origin.server.requests();
+    ASSERT_EQ(requests.size(), 4U);
+    EXPECT_EQ(requests[0].headers.get("Authorization"), "Bearer planted");
+    EXPECT_EQ(requests[1].headers.get("Authorization"), "Bearer planted");
+    EXPECT_FALSE(requests[2].headers.get("Authorization"));
+    EXPECT_FALSE(requests[3].headers.get("Authorization"));
+    EXPECT_EQ(requests[3].headers.get("Accept"), "application/json");
+}
+
+TEST_F(Redirects, EncodesWhatALocationShouldNotHold) {
+    Answer redirect{.status = 301};
+    redirect.headers.add("Location", "/gr\xc3\xbc\xc3\x9f \"e\"");
+    origin.server.script({.path = "/x"}, redirect);
+    origin.server.script({}, Answer{});
+    EXPECT_EQ(load().status(), 200);
+    EXPECT_EQ(origin.server.requests().at(1).target, "/gr%C3%BC%C3%9F%20%22e%22");
+}
+
+}  // namespace
