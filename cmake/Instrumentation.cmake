@@ -9,7 +9,8 @@ if(KORVOGIT_DEVELOPER_WARNINGS)
         # Not in debug builds, whose commands clang-tidy reads, which does not know the options.
         add_compile_options($<$<NOT:$<CONFIG:Debug>>:-Wno-restrict>
                             $<$<NOT:$<CONFIG:Debug>>:-Wno-maybe-uninitialized>
-                            $<$<NOT:$<CONFIG:Debug>>:-Wno-stringop-overflow>)
+                            $<$<NOT:$<CONFIG:Debug>>:-Wno-stringop-overflow>
+                            $<$<NOT:$<CONFIG:Debug>>:-Wno-array-bounds>)
     endif()
 endif()
 
