@@ -23,10 +23,9 @@ struct JSONParserReturn {
     void operator()(simdjson::dom::parser* parser) const noexcept;
 };
 
-/// A parser with the document that it read, from the calling thread's idle ones where there is one.
-/// Its buffers are some fifteen times the text's size, and the pages of a new one cost more than
-/// the parsing, so they are worth keeping. It may be returned on another thread than it was taken
-/// on.
+/// A parser with the document that it read, an idle one where there is any. Its buffers are some
+/// fifteen times the text's size, and the pages of a new one cost more than the parsing, so they
+/// are worth keeping. It may be returned on another thread than it was taken on.
 using LeasedJSONParser = std::unique_ptr<simdjson::dom::parser, JSONParserReturn>;
 
 LeasedJSONParser leaseJSONParser();

@@ -2,25 +2,35 @@
 
 #include <utility>
 
+#include "support/Idle.h"
+
 namespace rkt {
 namespace {
 
-/// Room for a page of a hundred records; beyond that, what a thread would hold on to is too much.
+/// Below this the allocator has the memory at hand.
+constexpr std::size_t worthKeeping = std::size_t{32} << 10;
+/// Room for a page of a hundred records; beyond that, what a process would hold on to is too much.
 constexpr std::size_t keptCapacity = std::size_t{1} << 20;
+/// As many as threads work on answers at once.
+constexpr std::size_t keptTexts = 4;
 
-thread_local std::string kept;
+Idle<std::string>& idle() {
+    static auto& instance = *new Idle<std::string>(keptTexts);  // the pool's threads outlive main()
+    return instance;
+}
 
 }  // namespace
 
 std::string takeReusedText(std::size_t size) {
+    if (size < worthKeeping) return {};
     // Whoever keeps the result keeps its room, so that must fit.
-    const bool fits = kept.capacity() / 2 <= size;
-    return fits ? std::exchange(kept, std::string()) : std::string();
+    const auto fits = [size](const std::string& text) { return text.capacity() / 2 <= size; };
+    return idle().take(fits).value_or(std::string());
 }
 
 void giveReusedText(std::string text) noexcept {
-    const bool isWorthKeeping = text.capacity() > kept.capacity();
-    if (isWorthKeeping && text.capacity() <= keptCapacity) kept = std::move(text);
+    const auto capacity = text.capacity();
+    if (capacity >= worthKeeping && capacity <= keptCapacity) idle().give(std::move(text));
 }
 
 }  // namespace rkt

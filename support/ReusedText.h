@@ -9,10 +9,10 @@
 namespace rkt {
 
 /// Getting the pages of a fresh text from the system, and clearing them, costs as much for a page
-/// of repositories as inflating it. So each thread keeps the largest text that was given back.
+/// of repositories as inflating it. So a few texts that were given back are kept.
 
-/// The thread's kept text, with whatever it contains, if about so much is to go into it; otherwise
-/// an empty one.
+/// A kept text, with whatever it contains, if about so much is to go into it; otherwise an empty
+/// one.
 std::string takeReusedText(std::size_t size);
 
 /// @param text  is not needed any more, and holds no secret

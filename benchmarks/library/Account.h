@@ -12,16 +12,19 @@
 
 namespace bench {
 
-/// Trusts the file "ca" and finds the public services at "origin" (address:port).
+/// @param place  address:port
+inline RKTNetworkSettings::HostMapping mapping(const std::string& host, const std::string& place) {
+    const auto colon = place.rfind(':');
+    return {host, 443, place.substr(0, colon),
+            static_cast<std::uint16_t>(std::stoi(place.substr(colon + 1)))};
+}
+
+/// Trusts the file "ca" and finds GitHub at "origin", GitLab at "gitlab-origin".
 inline void useOrigin(const Arguments& arguments) {
-    const auto origin = arguments.text("origin");
-    const auto colon = origin.rfind(':');
     RKTNetworkSettings settings;
     settings.certificateAuthorityFile = arguments.text("ca");
-    const auto port = static_cast<std::uint16_t>(std::stoi(origin.substr(colon + 1)));
-    for (const auto* host : {"api.github.com", "gitlab.com"}) {
-        settings.hostMappings.push_back({host, 443, origin.substr(0, colon), port});
-    }
+    settings.hostMappings = {mapping("api.github.com", arguments.text("origin")),
+                             mapping("gitlab.com", arguments.text("gitlab-origin"))};
     RKTNetworkSettings::setShared(settings);
 }
 

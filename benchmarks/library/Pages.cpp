@@ -68,9 +68,16 @@ private:
 int main(int count, char** words) {
     const bench::Arguments arguments(count, words);
     bench::useOrigin(arguments);
-    Lister lister(arguments.text("service"), arguments.number("per-page"));
+    const auto service = arguments.text("service");
+    const auto warmService = arguments.text("warm-service");
+    const auto perPage = arguments.number("per-page");
     const auto atOnce = arguments.number("at-once");
-    lister.list(arguments.number("warm"), atOnce);
+    Lister lister(service, perPage);
+    if (warmService == service) {
+        lister.list(arguments.number("warm"), atOnce);
+    } else {
+        Lister(warmService, perPage).list(arguments.number("warm"), atOnce);
+    }
     auto figures = bench::measure([&] { lister.list(arguments.number("pages"), atOnce); });
     figures["records"] = lister.records();
     bench::print(figures);

@@ -35,10 +35,17 @@ std::int64_t sum(const RKTJSONDocument& document) {
     return total;
 }
 
-TEST(JSONParsers, AreUsedAgainOnTheSameThread) {
+TEST(JSONParsers, AreUsedAgain) {
     auto lease = rkt::leaseJSONParser();
     const auto* parser = lease.get();
     lease.reset();
+    EXPECT_EQ(rkt::leaseJSONParser().get(), parser);
+}
+
+TEST(JSONParsers, AreUsedAgainOnAnotherThread) {
+    auto lease = rkt::leaseJSONParser();
+    const auto* parser = lease.get();
+    std::thread([&lease] { lease.reset(); }).join();
     EXPECT_EQ(rkt::leaseJSONParser().get(), parser);
 }
 

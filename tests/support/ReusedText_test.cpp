@@ -21,11 +21,16 @@ TEST(ReusedText, ASmallTextDoesNotGetMuchRoom) {
     EXPECT_LT(rkt::takeReusedText(100).capacity(), 1000U);
 }
 
-TEST(ReusedText, AThreadDoesNotHoldOnToAHugeText) {
-    std::thread([] {
-        rkt::giveReusedText(std::string(std::size_t{8} << 20, 'x'));
-        EXPECT_LT(rkt::takeReusedText(std::size_t{8} << 20).capacity(), 1000U);
-    }).join();
+TEST(ReusedText, AHugeTextIsNotKept) {
+    rkt::giveReusedText(std::string(std::size_t{8} << 20, 'x'));
+    EXPECT_LT(rkt::takeReusedText(std::size_t{8} << 20).capacity(), std::size_t{8} << 20);
+}
+
+TEST(ReusedText, RoomThatOneThreadGaveBackServesAnother) {
+    std::string text(100'000, 'x');
+    const auto* const place = text.data();
+    std::thread([&text] { rkt::giveReusedText(std::move(text)); }).join();
+    EXPECT_EQ(rkt::takeReusedText(90'000).data(), place);
 }
 
 }  // namespace
