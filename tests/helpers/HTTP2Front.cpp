@@ -13,6 +13,7 @@
 #include <array>
 #include <fstream>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -50,12 +51,15 @@ HTTP2Front::HTTP2Front(const emulator::CertificateAuthority& authority, std::uin
 }
 
 HTTP2Front::~HTTP2Front() {
-    if (process_ > 0) {
-        kill(process_, SIGKILL);
-        waitpid(process_, nullptr, 0);
-    }
+    end();
     if (log_ >= 0) close(log_);
     std::filesystem::remove_all(directory_);
+}
+
+void HTTP2Front::end() {
+    if (process_ <= 0) return;
+    kill(process_, SIGKILL);
+    waitpid(std::exchange(process_, -1), nullptr, 0);
 }
 
 void HTTP2Front::writeIdentity(const emulator::Identity& identity) const {

@@ -22,6 +22,8 @@ public:
     HTTP2Front& operator=(const HTTP2Front&) = delete;
 
     std::uint16_t port() const { return port_; }
+    /// Ends the process and with it all connections, as when a server's machine goes down.
+    void end();
 
 private:
     void writeIdentity(const emulator::Identity& identity) const;

@@ -77,6 +77,24 @@ TEST_F(HTTP2, CancellingOneStreamLeavesTheOthersAlone) {
     for (const auto& result : others->wait(10)) EXPECT_EQ(result.data, "body");
 }
 
+TEST_F(HTTP2, AConnectionThatDiesFailsEveryRequestOnItOnce) {
+    constexpr std::size_t count = 20;
+    auto hold = origin.server.hold({.path = "/held"});
+    const auto session = origin.session();
+    const auto loaded = std::make_shared<Awaited<Loaded>>();
+    for (std::size_t i = 0; i < count; ++i) {
+        Origin::task(*session, requestTo("https://api.github.com/held"), loaded)->resume();
+    }
+    ASSERT_TRUE(hold.waitUntilReached(count));
+    front.end();
+    // Those that shared the connection may be tried again, where nobody listens any more.
+    const std::set<std::int64_t> expected = {RKTError::NSURLErrorNetworkConnectionLost,
+                                             RKTError::NSURLErrorCannotConnectToHost};
+    for (const auto& result : loaded->wait(count)) EXPECT_TRUE(expected.contains(result.code()));
+    drain(*session->delegateQueue());
+    EXPECT_EQ(loaded->count(), count);
+}
+
 TEST_F(HTTP2, APageOfRepositoriesComesInflated) {
     auto request = requestTo("https://api.github.com/user/repos?per_page=100");
     request.setValue("Bearer demo-token-octavia", "Authorization");

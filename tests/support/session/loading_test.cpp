@@ -376,6 +376,25 @@ TEST_F(Loading, NeverTellsTheProxysPassword) {
     }
 }
 
+// The greeting's answer and, where that offers a way in, the connection's (RFC 1928 sections 3 and
+// 6).
+TEST_F(Loading, ASOCKSProxyThatRefusesIsAHostThatCannotBeReached) {
+    using namespace std::string_literals;
+    for (const auto& refusal : {"\x05\xff"s, "\x05\x00\x05\x05\x00\x01\0\0\0\0\0\0"s,
+                                "\x05\x00\x05\x02\x00\x01\0\0\0\0\0\0"s}) {
+        emulator::Server proxy;
+        proxy.disturb(emulator::ConnectionStage::Accepted, RawAnswer().send(refusal).silence());
+        origin.settings.hostMappings.clear();
+        for (const auto* const scheme : {"socks5", "socks5h"}) {
+            origin.settings.proxy = scheme + "://127.0.0.1:"s + std::to_string(proxy.httpPort());
+            EXPECT_EQ(origin.load("https://127.0.0.1:1/x").code(),
+                      RKTError::NSURLErrorCannotConnectToHost);
+        }
+        EXPECT_GE(proxy.acceptedConnections(), 2U);
+    }
+    EXPECT_EQ(origin.server.requestCount(), 0U);
+}
+
 TEST_F(Loading, NoTimeoutOverflows) {
     answerWith(Answer{});
     origin.settings.timeoutIntervalForRequest = std::chrono::milliseconds::max();
