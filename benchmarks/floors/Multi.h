@@ -1,9 +1,14 @@
 // Bare curl_multi: as many GETs of one origin as asked for, some of them in flight at a time.
+//
+// All connections that these can need are opened first, each by a transfer of its own. Afterwards a
+// transfer that begins always finds a stream that is free, and none comes into libcurl's own queue,
+// which can forget those in it (docs/decisions/0004-loading.md).
 
 #pragma once
 
 #include <curl/curl.h>
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <string>
@@ -24,7 +29,7 @@ public:
     Multi(const Multi&) = delete;
     Multi& operator=(const Multi&) = delete;
 
-    /// Ends the program when a transfer fails.
+    /// Ends the program when a transfer fails, or when none ends for a minute.
     void get(std::size_t count, const std::function<std::string(std::size_t index)>& url);
 
 private:
@@ -33,15 +38,24 @@ private:
         std::string body;
     };
 
+    static int onConnection(void* multi, char*, char*, int, int);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* slot);
     static std::size_t discard(char*, std::size_t size, std::size_t count, void*);
     void begin(Slot& slot, const std::string& url);
+    void turn();
     Slot& takeDone();
 
     CURLM* multi_;
     curl_slist* connectTo_;
     std::vector<Slot> slots_;
     Finished finished_;
+
+    const std::size_t connections_;  // as many as all transfers together can need
+    std::size_t toOpen_ = connections_;
+    std::size_t opened_ = 0;
+    std::size_t underWay_ = 0;
+    bool someBegin_ = false;  // in the next round
+    std::chrono::steady_clock::time_point lastDone_;
 };
 
 }  // namespace floors
