@@ -2,12 +2,20 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
 #include "KorvoGitService/KorvoGit.h"
 #include "support/JSONReading.h"
+
+namespace {
+
+/// Enough bytes for all but a few records.
+constexpr std::size_t usualSizeOfTexts = 1024;
+
+}  // namespace
 
 /// The lines of one dictionary: the element, or a dictionary in it.
 class RKTRepositoryMapping::Table {
@@ -95,22 +103,33 @@ RKTRepositoryMapping::RKTRepositoryMapping(std::span<const RKTRepositoryField> f
 
 RKTRepositoryMapping::~RKTRepositoryMapping() = default;
 
-std::shared_ptr<RKTServiceRepository> RKTRepositoryMapping::repositoryWithDictionary(
-    const RKTJSONDictionary& element) const {
+std::shared_ptr<RKTServiceRepository> RKTRepositoryMapping::repository(
+    const RKTJSONDictionary& element, RKTPackedTexts& room) const {
     auto repository = std::make_shared<RKTServiceRepository>();
     repository->isShared_ = false;
+    repository->texts_.swap(room);
     table_->apply(*repository, &element);
+    repository->texts_.swap(room);
+    RKTPackedTexts(room).swap(repository->texts_);  // exactly as large as they are
+    room.clear();
     repository->isShared_ = true;
     return repository;
+}
+
+std::shared_ptr<RKTServiceRepository> RKTRepositoryMapping::repositoryWithDictionary(
+    const RKTJSONDictionary& element) const {
+    RKTPackedTexts room(usualSizeOfTexts);
+    return repository(element, room);
 }
 
 RKTServiceArrayResult::Results RKTRepositoryMapping::repositoriesWithArray(
     const RKTJSONArray& elements) const {
     RKTServiceArrayResult::Results repositories;
     repositories.reserve(elements.count());
+    RKTPackedTexts room(usualSizeOfTexts);
     for (const auto& element : elements) {
         const auto dictionary = element.dictionary();
-        if (dictionary) repositories.push_back(repositoryWithDictionary(*dictionary));
+        if (dictionary) repositories.push_back(repository(*dictionary, room));
     }
     return repositories;
 }

@@ -6,12 +6,15 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "KorvoGitService/RKTURL.h"
 
 struct RKTURLAccess {
     /// RKTURL::URLWithString without a copy of the text.
     static std::optional<RKTURL> URLWithText(std::string text);
+    /// @param text  is that of a URL
+    static RKTURL URLWithTextOfURL(std::string text) { return RKTURL(std::move(text)); }
 };
 
 namespace rkt {

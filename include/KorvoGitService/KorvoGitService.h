@@ -24,6 +24,7 @@
 #include "KorvoGitService/RKTNetworkSettings.h"
 #include "KorvoGitService/RKTNumber.h"
 #include "KorvoGitService/RKTOperationQueue.h"
+#include "KorvoGitService/RKTPackedTexts.h"
 #include "KorvoGitService/RKTRESTService.h"
 #include "KorvoGitService/RKTRecord.h"
 #include "KorvoGitService/RKTRepositoryMapping.h"

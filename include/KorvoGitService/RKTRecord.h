@@ -19,10 +19,15 @@ protected:
     RKTRecord() = default;
     ~RKTRecord() = default;
 
+    /// To be kept while a property is read or changed.
+    std::unique_lock<std::mutex> lock() const {
+        return isShared_ ? std::unique_lock(mutex_) : std::unique_lock<std::mutex>();
+    }
+
     /// A copy, made under the lock.
     template <class T>
     T get(const T& field) const {
-        const std::lock_guard lock(mutex_);
+        const auto held = lock();
         return field;
     }
 
@@ -30,8 +35,7 @@ protected:
     /// object.
     template <class T, class Value>
     void set(T& field, Value&& value) {
-        if (!isShared_) return std::swap(field, value);
-        const std::lock_guard lock(mutex_);
+        const auto held = lock();
         std::swap(field, value);
     }
 

@@ -14,6 +14,7 @@
 #include "KorvoGitService/KorvoCore.h"
 #include "KorvoGitService/RKTExport.h"
 #include "KorvoGitService/RKTJSON.h"
+#include "KorvoGitService/RKTPackedTexts.h"
 #include "KorvoGitService/RKTServiceRepository.h"
 #include "KorvoGitService/RKTServiceRequest.h"
 
@@ -51,8 +52,6 @@ void apply(RKTServiceRepository& repository, const RKTJSONValue* value) {
     const std::optional<T> typed = value ? kc_valueOfClass<T>(*value) : std::nullopt;
     if constexpr (!std::is_same_v<std::remove_const_t<decltype(Conversion)>, AsIs>) {
         (repository.*Setter)(Conversion(typed));
-    } else if constexpr (std::is_same_v<T, std::string_view>) {
-        if (typed) (repository.*Setter)(std::string(*typed));
     } else {
         if (typed) (repository.*Setter)(typed);
     }
@@ -109,6 +108,10 @@ public:
 private:
     class Table;
     explicit RKTRepositoryMapping(std::span<const RKTRepositoryField> fields);
+
+    /// @param room  without texts, before and afterwards; what the element's are gathered in
+    std::shared_ptr<RKTServiceRepository> repository(const RKTJSONDictionary& element,
+                                                     RKTPackedTexts& room) const;
 
     std::unique_ptr<const Table> table_;
 };

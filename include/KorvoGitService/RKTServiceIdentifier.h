@@ -21,6 +21,8 @@ class RKT_EXPORT RKTServiceIdentifier {
 public:
     /// A text, the empty one too.
     RKTServiceIdentifier(std::string value) : value_(std::move(value)) {}
+    /// A copy of the text.
+    RKTServiceIdentifier(std::string_view value) : value_(std::string(value)) {}
     /// A text; not null.
     RKTServiceIdentifier(const char* value) : value_(std::string(value)) {}
     /// A number, of the type that it has.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <string_view>
 #include <unordered_set>
 
 namespace {
@@ -14,6 +15,7 @@ TEST(RKTServiceIdentifier, IsATextOrANumber) {
     const RKTServiceIdentifier text("{uuid}");
     EXPECT_THAT(text.stringValue(), Optional(std::string("{uuid}")));
     EXPECT_EQ(text.numberValue(), std::nullopt);
+    EXPECT_EQ(RKTServiceIdentifier(std::string_view("{uuid} and more", 6)), text);
     const RKTServiceIdentifier number(17);
     EXPECT_EQ(number.stringValue(), std::nullopt);
     EXPECT_THAT(number.numberValue(), Optional(RKTNumber(17)));

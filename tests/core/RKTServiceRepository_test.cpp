@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <thread>
+
 namespace {
 
 using testing::Optional;
@@ -92,6 +94,74 @@ TEST(RKTServiceRepository, TakesIdentifiersOfBothKinds) {
     EXPECT_THAT(repository.identifier()->numberValue(), Optional(RKTNumber(1296269)));
     repository.setIdentifier(RKTServiceIdentifier("{uuid}"));
     EXPECT_THAT(repository.identifier()->stringValue(), Optional(std::string("{uuid}")));
+    EXPECT_EQ(repository.identifier()->numberValue(), std::nullopt);
+    repository.setIdentifier(RKTServiceIdentifier(7));
+    EXPECT_THAT(repository.identifier(), Optional(RKTServiceIdentifier(7)));
+    repository.setIdentifier("");
+    EXPECT_THAT(repository.identifier(), Optional(RKTServiceIdentifier("")));
+    repository.setIdentifier(std::nullopt);
+    EXPECT_EQ(repository.identifier(), std::nullopt);
+}
+
+TEST(RKTServiceRepository, TellsTheEmptyTextFromNothing) {
+    RKTServiceRepository repository;
+    repository.setName("");
+    EXPECT_THAT(repository.name(), Optional(std::string()));
+    repository.setWebURL(RKTURL::URLWithString(""));
+    EXPECT_EQ(repository.webURL(), RKTURL::URLWithString(""));
+    repository.setName(std::nullopt);
+    EXPECT_EQ(repository.name(), std::nullopt);
+    repository.setWebURL(std::nullopt);
+    EXPECT_EQ(repository.webURL(), std::nullopt);
+}
+
+TEST(RKTServiceRepository, CopiesTextsOfEveryType) {
+    RKTServiceRepository repository;
+    const auto name = [&](auto&& text) {
+        repository.setName(text);
+        return repository.name();
+    };
+    std::string changing = "a text of its own";
+    EXPECT_THAT(name(changing), Optional(changing));
+    changing[0] = 'A';
+    EXPECT_THAT(repository.name(), Optional(std::string("a text of its own")));
+    EXPECT_THAT(name(std::optional(changing)), Optional(changing));
+    EXPECT_THAT(name(std::string_view(changing).substr(2)), Optional(changing.substr(2)));
+    EXPECT_THAT(name(RKTServiceRepositoryStateOpen), Optional(std::string("open")));
+    EXPECT_THAT(name(std::string("a\0b", 3)), Optional(std::string("a\0b", 3)));
+    EXPECT_EQ(name(std::optional<std::string>()), std::nullopt);
+}
+
+TEST(RKTServiceRepository, KeepsURLsAsTheyAre) {
+    RKTServiceRepository repository;
+    const auto url = RKTURL::URLWithString("https://[::1]:80/a[1]%20?b#c");
+    ASSERT_EQ(url->absoluteString(), "https://[::1]:80/a%5B1%5D%20?b#c");
+    repository.setWebURL(url);
+    EXPECT_EQ(repository.webURL(), url);
+    repository.setAvatarURL(repository.webURL());
+    EXPECT_EQ(repository.avatarURL(), url);
+}
+
+TEST(RKTServiceRepository, KeepsItsPropertiesApartWhenSeveralThreadsSetThem) {
+    RKTServiceRepository repository;
+    repository.setPath("never changed");
+    const auto setOften = [&](auto setter, auto getter) {
+        for (std::size_t i = 0; i < 1000; ++i) {
+            const std::string text(i * 7 % 60, static_cast<char>('a' + i % 26));
+            (repository.*setter)(text);
+            ASSERT_THAT((repository.*getter)(), Optional(text));
+            ASSERT_THAT(repository.path(), Optional(std::string("never changed")));
+        }
+    };
+    using R = RKTServiceRepository;
+    const std::jthread one([&] { setOften(&R::setName, &R::name); });
+    const std::jthread other([&] { setOften(&R::setFullPath, &R::fullPath); });
+    for (int i = 0; i < 1000; ++i) {
+        const auto identifier =
+            i % 2 == 0 ? RKTServiceIdentifier(i) : RKTServiceIdentifier(std::to_string(i));
+        repository.setIdentifier(identifier);
+        ASSERT_THAT(repository.identifier(), Optional(identifier));
+    }
 }
 
 TEST(RKTServiceRepository, DoesNotCheckItsTexts) {

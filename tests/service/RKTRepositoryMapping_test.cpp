@@ -3,7 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -162,6 +164,38 @@ TEST(RKTRepositoryMapping, MapsTheDictionariesOfAnArrayInTheirOrder) {
     EXPECT_THAT(repositories[0]->name(), Optional(std::string("one")));
     EXPECT_EQ(repositories[1]->name(), std::nullopt);
     EXPECT_THAT(repositories[2]->name(), Optional(std::string("two")));
+}
+
+TEST(RKTRepositoryMapping, KeepsTheTextsOfEachRecordApartWhateverTheirLength) {
+    const std::vector<std::size_t> sizes = {5, 100'000, 0, 2000, 7};
+    std::string json = "[";
+    for (const auto size : sizes) {
+        json += R"({"full_name": ")" + std::string(size, 'f') + R"(", "name": "n"},)";
+    }
+    const auto document = RKTJSONSerialization::JSONObjectWithData(json + "{}]");
+    const auto repositories =
+        mapping().repositoriesWithArray(document.value().root().array().value());
+    ASSERT_EQ(repositories.size(), sizes.size() + 1);
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        EXPECT_THAT(repositories[i]->fullName(), Optional(std::string(sizes[i], 'f')));
+        EXPECT_THAT(repositories[i]->name(), Optional(std::string("n")));
+    }
+    EXPECT_EQ(repositories.back()->fullName(), std::nullopt);
+    EXPECT_EQ(repositories.back()->name(), std::nullopt);
+}
+
+TEST(RKTRepositoryMapping, PassesOnWhatALineThrows) {
+    const RKTRepositoryMapping table({
+        {"name", string<&Repository::setName>},
+        {"bad",
+         [](Repository&, const RKTJSONValue* value) {
+             if (value) throw std::runtime_error("a line of its own");
+         }},
+    });
+    const auto document = RKTJSONSerialization::JSONObjectWithData(
+        R"([{"name": "one"}, {"name": "two", "bad": 1}, {"name": "three"}])");
+    EXPECT_THROW(table.repositoriesWithArray(document.value().root().array().value()),
+                 std::runtime_error);
 }
 
 TEST(RKTRepositoryMapping, MapsAnEmptyArrayToNoRepositories) {

@@ -1,0 +1,66 @@
+// The texts of a record in one block of memory.
+
+#ifndef KORVOGITSERVICE_RKTPACKEDTEXTS_H
+#define KORVOGITSERVICE_RKTPACKEDTEXTS_H
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "KorvoGitService/RKTExport.h"
+
+/// Texts by number, each of them nothing at first; the empty text is something. A page of records
+/// has more than a thousand short texts: here those of a record are one allocation, and cost four
+/// bytes each beside their own. Not safe from several threads.
+class RKT_EXPORT RKTPackedTexts {
+public:
+    /// Numbers are below this.
+    static constexpr std::size_t count = 15;
+
+    /// No texts, and no memory for any.
+    RKTPackedTexts() = default;
+    /// No texts yet, and a block of so many bytes.
+    explicit RKTPackedTexts(std::size_t capacity) { reserve(capacity); }
+    /// The same texts in a block of exactly the size that they need.
+    RKTPackedTexts(const RKTPackedTexts& other);
+    RKTPackedTexts& operator=(const RKTPackedTexts&) = delete;
+
+    /// A view that the next change ends.
+    std::optional<std::string_view> get(std::size_t number) const {
+        if ((present_ >> number & 1U) == 0) return std::nullopt;
+        return std::string_view(block_.get() + starts_[number],
+                                starts_[number + 1] - starts_[number]);
+    }
+
+    /// Copies the text, which is not one of these. The block grows to what is needed and does not
+    /// shrink. Throws when there is no memory, and std::length_error when all texts together would
+    /// have 4 GiB or more; nothing is changed then.
+    void set(std::size_t number, std::optional<std::string_view> text);
+
+    /// How many bytes of text have room in the block.
+    std::size_t capacity() const { return capacity_; }
+
+    /// Makes all texts nothing and keeps the block, so that others go in without a new one.
+    void clear() noexcept;
+
+    /// Exchanges texts and blocks.
+    void swap(RKTPackedTexts& other) noexcept;
+
+private:
+    using Offset = std::uint32_t;
+
+    void reserve(std::size_t size);
+
+    std::unique_ptr<char[]> block_;
+    Offset capacity_ = 0;
+    /// A bit for each text that is something.
+    std::uint32_t present_ = 0;
+    /// Where in the block each text begins, and where the last one ends: they stand there one
+    /// behind the other, in the order of their numbers.
+    std::array<Offset, count + 1> starts_{};
+};
+
+#endif

@@ -1,0 +1,141 @@
+#include "KorvoGitService/RKTPackedTexts.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace {
+
+using testing::Optional;
+
+constexpr auto count = RKTPackedTexts::count;
+
+/// What the packed texts should be.
+using Texts = std::array<std::optional<std::string>, count>;
+
+Texts textsOf(const RKTPackedTexts& packed) {
+    Texts texts;
+    for (std::size_t number = 0; number < count; ++number) texts[number] = packed.get(number);
+    return texts;
+}
+
+std::size_t sizeOf(const Texts& texts) {
+    std::size_t size = 0;
+    for (const auto& text : texts) size += text.value_or("").size();
+    return size;
+}
+
+/// Of another length for each number.
+Texts fill(RKTPackedTexts& packed) {
+    Texts texts;
+    for (std::size_t number = 0; number < count; ++number) {
+        texts[number] = std::string(3 * number, static_cast<char>('a' + number));
+        packed.set(number, texts[number]);
+    }
+    return texts;
+}
+
+TEST(RKTPackedTexts, AreNothingAtFirst) {
+    const RKTPackedTexts packed;
+    EXPECT_EQ(textsOf(packed), Texts());
+    EXPECT_EQ(packed.capacity(), 0U);
+}
+
+TEST(RKTPackedTexts, TellTheEmptyTextFromNothing) {
+    RKTPackedTexts packed;
+    packed.set(3, "");
+    EXPECT_THAT(packed.get(3), Optional(std::string_view("")));
+    packed.set(3, std::nullopt);
+    EXPECT_EQ(packed.get(3), std::nullopt);
+}
+
+TEST(RKTPackedTexts, KeepEachTextInItsOwnPlace) {
+    RKTPackedTexts packed;
+    const auto texts = fill(packed);
+    EXPECT_EQ(textsOf(packed), texts);
+}
+
+TEST(RKTPackedTexts, MayHoldNULCharacters) {
+    const std::string text("a\0b\0", 4);
+    RKTPackedTexts packed;
+    packed.set(0, "before");
+    packed.set(1, text);
+    EXPECT_THAT(packed.get(1), Optional(std::string_view(text)));
+}
+
+TEST(RKTPackedTexts, AreTheLastThatWereSetInWhicheverOrder) {
+    std::minstd_rand random(1);
+    RKTPackedTexts packed;
+    Texts texts;
+    std::size_t most = 0;
+    for (int i = 0; i < 5000; ++i) {
+        const auto number = random() % count;
+        const auto letter = static_cast<char>('a' + random() % 26);
+        texts[number].reset();
+        if (random() % 4 != 0) texts[number] = std::string(random() % 40, letter);
+        packed.set(number, texts[number]);
+        most = std::max(most, sizeOf(texts));
+        ASSERT_EQ(textsOf(packed), texts) << i;
+        ASSERT_EQ(packed.capacity(), most) << i;
+    }
+}
+
+TEST(RKTPackedTexts, ACopyTakesWhatItNeedsAndIsIndependent) {
+    RKTPackedTexts packed(10'000);
+    const auto texts = fill(packed);
+    EXPECT_EQ(packed.capacity(), 10'000U);
+    const RKTPackedTexts copy(packed);
+    EXPECT_EQ(copy.capacity(), sizeOf(texts));
+    packed.set(5, "changed");
+    EXPECT_EQ(textsOf(copy), texts);
+    EXPECT_EQ(textsOf(RKTPackedTexts(RKTPackedTexts())), Texts());
+}
+
+TEST(RKTPackedTexts, KeepTheirBlockWhenTheyAreCleared) {
+    RKTPackedTexts packed;
+    fill(packed);
+    const auto capacity = packed.capacity();
+    packed.clear();
+    EXPECT_EQ(textsOf(packed), Texts());
+    EXPECT_EQ(packed.capacity(), capacity);
+    const auto texts = fill(packed);
+    EXPECT_EQ(textsOf(packed), texts);
+    EXPECT_EQ(packed.capacity(), capacity);
+}
+
+TEST(RKTPackedTexts, AreExchangedWithOthers) {
+    RKTPackedTexts one;
+    RKTPackedTexts other;
+    const auto texts = fill(one);
+    other.set(2, "two");
+    one.swap(other);
+    EXPECT_EQ(textsOf(other), texts);
+    EXPECT_THAT(one.get(2), Optional(std::string_view("two")));
+    EXPECT_EQ(one.get(3), std::nullopt);
+}
+
+TEST(RKTPackedTexts, AreUnchangedWhenOneIsTooLong) {
+    RKTPackedTexts packed;
+    const auto texts = fill(packed);
+    // Room in the address space, of which nothing is read.
+    const auto size = std::size_t{1} << 32U;
+    void* const pages =
+        mmap(nullptr, size, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    const std::string_view tooLong(static_cast<const char*>(pages), size);
+    EXPECT_THROW(packed.set(4, tooLong), std::length_error);
+    EXPECT_THROW(packed.set(4, tooLong.substr(1)), std::length_error);
+    munmap(pages, size);
+    EXPECT_EQ(textsOf(packed), texts);
+    EXPECT_EQ(packed.capacity(), sizeOf(texts));
+}
+
+}  // namespace
