@@ -22,10 +22,17 @@ Idle<std::string>& idle() {
 }  // namespace
 
 std::string takeReusedText(std::size_t size) {
-    if (size < worthKeeping) return {};
-    // Whoever keeps the result keeps its room, so that must fit.
-    const auto fits = [size](const std::string& text) { return text.capacity() / 2 <= size; };
-    return idle().take(fits).value_or(std::string());
+    // Whoever keeps the result keeps its room, so that must fit. A text that grows is copied, and
+    // to twice its room.
+    const auto fits = [size](const std::string& text) {
+        return text.capacity() >= size && text.capacity() / 2 <= size;
+    };
+    if (size >= worthKeeping) {
+        if (auto kept = idle().take(fits)) return *std::move(kept);
+    }
+    std::string text;
+    text.reserve(size + size / 8);  // one page is not as long as another
+    return text;
 }
 
 void giveReusedText(std::string text) noexcept {

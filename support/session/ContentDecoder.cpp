@@ -50,8 +50,8 @@ class Output {
 public:
     /// @param expected  what it may come to, which is most often JSON
     Output(std::size_t expected, std::size_t maximumSize)
-        : maximumSize_(maximumSize), bytes_(takeReusedText(expected)) {
-        bytes_.reserve(std::min(expected, maximumSize) + roomBehindJSON);
+        : maximumSize_(maximumSize),
+          bytes_(takeReusedText(std::min(expected, maximumSize) + roomBehindJSON)) {
         bytes_.resize(std::min(std::max(expected, smallest), maximumSize));
     }
 
