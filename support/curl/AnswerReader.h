@@ -5,9 +5,8 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "KorvoGitService/RKTURLRequest.h"
+#include "support/session/HeaderBlock.h"
 
 namespace rkt {
 
@@ -37,14 +36,14 @@ public:
     /// True for an answer that changes to another protocol, which nobody asked for.
     bool switchesProtocols() const { return status_ == 101; }
 
-    std::vector<RKTURLRequest::Header> takeHeaders() { return std::move(headers_); }
+    HeaderBlock takeHeaders() { return std::move(headers_); }
     std::string takeBody() { return std::move(body_); }
 
 private:
     enum class Place { StatusLine, Headers, AfterHeaders };
 
     bool read(std::string_view line);
-    void readField(std::string_view text);
+    void readField(std::string_view line);
     bool lengthsAgree() const;
     bool refuse(Refusal reason);
 
@@ -52,7 +51,7 @@ private:
     Place place_ = Place::StatusLine;
     int status_ = 0;
     std::size_t headerBytes_ = 0;
-    std::vector<RKTURLRequest::Header> headers_;
+    HeaderBlock headers_;
     std::string body_;
     Refusal refusal_ = Refusal::None;
 };

@@ -20,9 +20,10 @@
 namespace rkt {
 
 /// One thread owns the multi handle and everything that hangs on it; other threads only put
-/// messages into the inbox and wake it. The thread sleeps in curl_multi_poll until a socket, a
-/// timer or a message needs it. Never destroyed: stop() ends the thread and leaves the rest to the
-/// system.
+/// messages, transfers that are ready to begin among them, into the inbox and wake it. What has
+/// left the multi handle goes out with its result. The thread sleeps in curl_multi_poll until a
+/// socket, a timer or a message needs it. Never destroyed: stop() ends the thread and leaves the
+/// rest to the system.
 class CurlLoader : public Loader {
 public:
     CurlLoader();
@@ -36,15 +37,10 @@ public:
     void stop();
 
 private:
-    struct Start {
-        Token token;
-        Exchange exchange;
-        Finished finished;
-    };
+    using Transfer = std::shared_ptr<CurlTransfer>;
     struct Inbox {
-        std::vector<Start> starts;
+        std::vector<Transfer> starts;
         std::vector<Token> cancels;
-        std::vector<CURLSH*> discardedJars;
         bool stop = false;
         bool awake = false;  // a wake-up is on its way, no need for another
     };
@@ -54,11 +50,11 @@ private:
     void run();
     bool readInbox();
     void applyConnectionLimits();
-    void begin(Start start);
-    void admit();
+    void enter(Transfer transfer);
+    bool admit();
     void expire();
     void finishDone();
-    std::unique_ptr<CurlTransfer> takeOut(Token token);
+    Transfer takeOut(Token token);
     void finish(Token token, ExchangeResult result);
     int millisecondsToSleep() const;
 
@@ -70,8 +66,7 @@ private:
     Inbox inbox_;
 
     // The thread's own.
-    EasyHandlePool handles_;
-    std::unordered_map<Token, std::unique_ptr<CurlTransfer>> transfers_;
+    std::unordered_map<Token, Transfer> transfers_;
     Deadlines deadlines_;
     Admission admission_;
     std::size_t maximumConnections_ = 0;

@@ -35,6 +35,17 @@ const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
     return found == settings.hostMappings.end() ? nullptr : &*found;
 }
 
+// libcurl counts connections by the host that they are led to and the URL's port, and all that go
+// to a proxy without a tunnel as the proxy's.
+std::string peerOf(const Exchange& exchange) {
+    const auto& target = exchange.target;
+    const auto& settings = *exchange.settings;
+    const auto* mapping = mappingFor(target, settings);
+    if (settings.proxy && !mapping && target.scheme == "http") return *settings.proxy;
+    return (mapping ? mapping->address : asciiLowered(target.host)) + " " +
+           std::to_string(target.port);
+}
+
 // What may be sent twice with the effect of once (RFC 9110 section 9.2.2).
 bool isIdempotent(const std::string& method) {
     return method != "POST" && method != "PATCH" && method != "CONNECT";
@@ -43,11 +54,12 @@ bool isIdempotent(const std::string& method) {
 }  // namespace
 
 CurlTransfer::CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finished finished,
-                           EasyHandle handle, Admission& admission)
+                           Admission& admission)
     : token_(token),
       exchange_(std::move(exchange)),
+      peer_(peerOf(exchange_)),
       finished_(std::move(finished)),
-      handle_(std::move(handle)),
+      handle_(curl_easy_init()),
       admission_(admission),
       answer_(exchange_.settings->maximumBodySize) {
     configure();
@@ -165,17 +177,6 @@ Loader::Token CurlTransfer::tokenOf(CURL* handle) {
 
 Admission::Kind CurlTransfer::kind() const {
     return isIdempotent(exchange_.method) ? Admission::Kind::Shares : Admission::Kind::Alone;
-}
-
-// libcurl counts connections by the host that they are led to and the URL's port, and all that go
-// to a proxy without a tunnel as the proxy's.
-std::string CurlTransfer::peer() const {
-    const auto& target = exchange_.target;
-    const auto& settings = *exchange_.settings;
-    const auto* mapping = mappingFor(target, settings);
-    if (settings.proxy && !mapping && target.scheme == "http") return *settings.proxy;
-    return (mapping ? mapping->address : asciiLowered(target.host)) + " " +
-           std::to_string(target.port);
 }
 
 int CurlTransfer::onConnection(void* transfer, char* address, char*, int, int ownPort) {

@@ -15,24 +15,26 @@
 namespace rkt {
 
 /// Owns everything that libcurl points to while it works, so it does not move. Its callbacks copy
-/// bytes and set flags, nothing else.
+/// bytes and set flags, nothing else. Made on one thread, used by the loader's, destroyed on
+/// whichever thread takes the result.
 class CurlTransfer {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
     /// @param admission  hears when this has begun; outlives it
     CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finished finished,
-                 EasyHandle handle, Admission& admission);
+                 Admission& admission);
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
+    Loader::Token token() const { return token_; }
     CURL* handle() const { return handle_.get(); }
     /// False when libcurl refuses a setting, for want of memory or of a file.
     bool isReady() const { return problem_ == CURLE_OK; }
     CURLcode problem() const { return problem_; }
 
     /// What libcurl limits the number of connections for.
-    std::string peer() const;
+    const std::string& peer() const { return peer_; }
     Admission::Kind kind() const;
     /// Its turn has come: it goes into the multi handle.
     void goOn() { handedOver_ = std::chrono::steady_clock::now(); }
@@ -46,8 +48,6 @@ public:
     ExchangeResult takeResult(CURLcode code);
     ExchangeResult takeTimeout();
     Loader::Finished takeFinished() { return std::move(finished_); }
-    /// For another transfer; this one is over, and has left the multi handle.
-    EasyHandle takeHandle() { return std::move(handle_); }
 
     static Loader::Token tokenOf(CURL* handle);
 
@@ -69,8 +69,9 @@ private:
 
     const Loader::Token token_;
     const Exchange exchange_;
+    const std::string peer_;
     Loader::Finished finished_;
-    EasyHandle handle_;
+    const EasyHandle handle_;
     Admission& admission_;
     HeaderList headerList_;
     HeaderList connectTo_;

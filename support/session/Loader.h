@@ -14,6 +14,7 @@
 #include "KorvoGitService/RKTNetworkSettings.h"
 #include "KorvoGitService/RKTURLRequest.h"
 #include "support/RequestTarget.h"
+#include "support/session/HeaderBlock.h"
 
 namespace rkt {
 
@@ -51,12 +52,15 @@ struct ExchangeResult {
     };
     std::optional<Failure> failure;
     int status = 0;  // 0: no headers arrived
-    std::vector<RKTURLRequest::Header> headers;
+    HeaderBlock headers;
     std::string body;  // as on the wire, still compressed
+    /// What the loader made for the exchange: letting go of it takes time, which is not the
+    /// loader's.
+    std::shared_ptr<void> remains;
 };
 
 /// Moves bytes, on one thread of its own. Everything here may be called from any thread and never
-/// blocks.
+/// blocks; start() prepares the exchange on its caller's thread.
 class Loader {
 public:
     using Token = std::uint64_t;

@@ -96,7 +96,7 @@ void TaskState::received(ExchangeResult result) {
     std::shared_ptr<const RKTHTTPURLResponse> response;
     if (result.status != 0) {
         response = std::make_shared<const RKTHTTPURLResponse>(currentRequest_.URL(), result.status,
-                                                              std::move(result.headers));
+                                                              result.headers.fields());
     }
     if (!result.failure && !response) return fail(RKTError::NSURLErrorBadServerResponse);
     if (result.failure) {
