@@ -54,7 +54,8 @@ private:
     std::size_t toOpen_ = connections_;
     std::size_t opened_ = 0;
     std::size_t underWay_ = 0;
-    bool someBegin_ = false;  // in the next round
+    int running_ = 0;            // for libcurl
+    int roundsBeforeSleep_ = 0;  // at least
     std::chrono::steady_clock::time_point lastDone_;
 };
 
