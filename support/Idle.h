@@ -16,7 +16,7 @@ namespace rkt {
 template <class T>
 class Idle {
 public:
-    /// @param maximum  how many are kept
+    /// @param maximum  how many are kept; not 0
     explicit Idle(std::size_t maximum) : maximum_(maximum) { kept_.reserve(maximum); }
 
     /// The last that suits; nothing when none does.
@@ -32,10 +32,15 @@ public:
         return std::nullopt;
     }
 
-    /// One too many is destroyed, without the lock.
+    /// The one that has waited longest makes room, so that what nobody wants does not stay.
     void give(T thing) noexcept {
+        std::optional<T> tooMany;  // destroyed without the lock
         const std::lock_guard lock(mutex_);
-        if (kept_.size() < maximum_) kept_.push_back(std::move(thing));
+        if (kept_.size() == maximum_) {
+            tooMany = std::move(kept_.front());
+            kept_.erase(kept_.begin());
+        }
+        kept_.push_back(std::move(thing));
     }
 
 private:

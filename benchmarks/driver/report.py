@@ -123,8 +123,7 @@ generated repositories, {page:,} bytes of JSON to a page of 100.
 
 The slope is that of a straight line through the points on two logarithmic axes: 1 is linear, less is better.
 Fixed costs flatten the beginning, so the slope of the last three points stands beside it. Bodies above 32 MiB, glibc's
-largest threshold, get fresh pages from the kernel each time (128 MiB in bodies of 4 MiB: 4,100 page faults, in bodies of
-64 MiB: 72,300), which is the step there; beyond it growth is linear.
+largest threshold, get fresh pages from the kernel each time, which shows as a step there.
 
 | cost | from … to | slope | at the end | cost there |
 |---|---|---|---|---|

@@ -33,9 +33,9 @@ void CurlLoader::tell(Change change) {
 
 Loader::Token CurlLoader::start(Exchange exchange, Finished finished) {
     const auto token = ++lastToken_;
-    ++underWay_;
     auto transfer =
         std::make_shared<CurlTransfer>(token, std::move(exchange), std::move(finished), admission_);
+    ++underWay_;
     tell([&](Inbox& inbox) { inbox.starts.push_back(std::move(transfer)); });
     return token;
 }

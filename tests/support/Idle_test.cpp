@@ -37,15 +37,16 @@ TEST(Idle, OnlyWhatSuitsIsTaken) {
     EXPECT_EQ(idle.take(any), 1);
 }
 
-TEST(Idle, OneTooManyIsDestroyed) {
-    rkt::Idle<std::shared_ptr<int>> idle(1);
-    const auto kept = std::make_shared<int>(1);
-    const auto tooMany = std::make_shared<int>(2);
-    idle.give(kept);
-    idle.give(tooMany);
-    EXPECT_EQ(kept.use_count(), 2);
-    EXPECT_EQ(tooMany.use_count(), 1);
-    EXPECT_EQ(idle.take(any), kept);
+TEST(Idle, TheOneThatHasWaitedLongestIsDestroyedForOneTooMany) {
+    rkt::Idle<std::shared_ptr<int>> idle(2);
+    const auto first = std::make_shared<int>(1);
+    const auto second = std::make_shared<int>(2);
+    const auto third = std::make_shared<int>(3);
+    for (const auto& thing : {first, second, third}) idle.give(thing);
+    EXPECT_EQ(first.use_count(), 1);
+    EXPECT_EQ(idle.take(any), third);
+    EXPECT_EQ(idle.take(any), second);
+    EXPECT_FALSE(idle.take(any));
 }
 
 TEST(Idle, NoThingIsTakenByTwoThreads) {

@@ -31,6 +31,14 @@ TEST(ReusedText, ATextThatIsTooSmallStaysForASmallerOne) {
     EXPECT_EQ(rkt::takeReusedText(90'000).data(), place);
 }
 
+TEST(ReusedText, TextsThatSuitNobodyMakeRoomForOthers) {
+    for (int i = 0; i < 20; ++i) rkt::giveReusedText(std::string(40'000, 'x'));
+    std::string text(500'000, 'x');
+    const auto* const place = text.data();
+    rkt::giveReusedText(std::move(text));
+    EXPECT_EQ(rkt::takeReusedText(400'000).data(), place);
+}
+
 TEST(ReusedText, ASmallTextDoesNotGetMuchRoom) {
     rkt::giveReusedText(std::string(100'000, 'x'));
     EXPECT_LT(rkt::takeReusedText(100).capacity(), 1000U);
