@@ -87,10 +87,15 @@ TEST_F(HTTP2, AConnectionThatDiesFailsEveryRequestOnItOnce) {
     }
     ASSERT_TRUE(hold.waitUntilReached(count));
     front.end();
-    // Those that shared the connection may be tried again, where nobody listens any more.
+    // Those that shared the connection may be tried again, where nobody listens any more. The
+    // system closes a killed process's sockets in no order of ours: when the listening one goes
+    // last, it still takes the new connection, which then ends before its handshake does.
     const std::set<std::int64_t> expected = {RKTError::NSURLErrorNetworkConnectionLost,
-                                             RKTError::NSURLErrorCannotConnectToHost};
-    for (const auto& result : loaded->wait(count)) EXPECT_TRUE(expected.contains(result.code()));
+                                             RKTError::NSURLErrorCannotConnectToHost,
+                                             RKTError::NSURLErrorSecureConnectionFailed};
+    for (const auto& result : loaded->wait(count)) {
+        EXPECT_TRUE(expected.contains(result.code())) << result.code();
+    }
     drain(*session->delegateQueue());
     EXPECT_EQ(loaded->count(), count);
 }
