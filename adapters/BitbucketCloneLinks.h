@@ -16,7 +16,7 @@ namespace rkt {
 /// Where the address goes that an entry of this name holds.
 struct CloneLinkName {
     std::string_view name;
-    void (RKTServiceRepository::*setURL)(const std::optional<RKTURL>&);
+    void (RKTServiceRepository::*setURL)(std::optional<RKTURLView>);
 };
 
 /// Reads an array of `{"name": …, "href": …}`. Entries of other names or without an address are

@@ -50,6 +50,7 @@ target_link_libraries(KorvoGitService_objects
                       PRIVATE ${korvogit_link_libraries} nlohmann_json::nlohmann_json Boost::headers)
 # Asio alone is used of Boost, without its deprecated names.
 target_compile_definitions(KorvoGitService_objects PRIVATE BOOST_ASIO_NO_DEPRECATED)
+target_compile_options(KorvoGitService_objects PRIVATE -fno-semantic-interposition)
 set_target_properties(KorvoGitService_objects PROPERTIES
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden

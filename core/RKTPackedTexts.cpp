@@ -3,34 +3,44 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 #include <utility>
 
-RKTPackedTexts::RKTPackedTexts(const RKTPackedTexts& other) : RKTPackedTexts(other.starts_.back()) {
-    std::copy_n(other.block_.get(), capacity_, block_.get());
+RKTPackedTexts::RKTPackedTexts(const RKTPackedTexts& other) : RKTPackedTexts(other.used_) {
+    std::copy_n(other.block_.get(), other.used_, block_.get());
     present_ = other.present_;
-    starts_ = other.starts_;
+    used_ = other.used_;
+    sizes_ = other.sizes_;
+}
+
+// Most often texts are set in their order, each behind all that are there.
+RKTPackedTexts::Offset RKTPackedTexts::startOf(std::size_t number) const {
+    if (present_ >> number == 0) return used_;
+    return std::accumulate(sizes_.begin(), sizes_.begin() + number, Offset{0});
 }
 
 void RKTPackedTexts::set(std::size_t number, std::optional<std::string_view> text) {
     const std::string_view bytes = text.value_or(std::string_view());
-    const Offset oldEnd = starts_[number + 1];
-    reserve(starts_.back() - (oldEnd - starts_[number]) + bytes.size());
+    const auto start = startOf(number);
+    const auto others = used_ - sizes_[number];
+    reserve(others + bytes.size());
 
-    const auto newEnd = static_cast<Offset>(starts_[number] + bytes.size());
-    char* const block = block_.get();
-    if (const auto rest = starts_.back() - oldEnd; rest != 0) {
-        std::memmove(block + newEnd, block + oldEnd, rest);
+    char* const place = block_.get() + start;
+    if (const auto behind = others - start; behind != 0) {
+        std::memmove(place + bytes.size(), place + sizes_[number], behind);
     }
-    if (!bytes.empty()) std::memcpy(block + starts_[number], bytes.data(), bytes.size());
-    for (auto i = number + 1; i <= count; ++i) starts_[i] = starts_[i] - oldEnd + newEnd;
+    if (!bytes.empty()) std::memcpy(place, bytes.data(), bytes.size());
+    sizes_[number] = static_cast<Offset>(bytes.size());
+    used_ = static_cast<Offset>(others + bytes.size());
     const auto bit = std::uint32_t{1} << number;
     present_ = text ? present_ | bit : present_ & ~bit;
 }
 
 void RKTPackedTexts::clear() noexcept {
     present_ = 0;
-    starts_ = {};
+    used_ = 0;
+    sizes_ = {};
 }
 
 void RKTPackedTexts::reserve(std::size_t size) {
@@ -39,7 +49,7 @@ void RKTPackedTexts::reserve(std::size_t size) {
         throw std::length_error("The texts of one record are 4 GiB or more.");
     }
     auto larger = std::make_unique_for_overwrite<char[]>(size);
-    std::copy_n(block_.get(), starts_.back(), larger.get());
+    std::copy_n(block_.get(), used_, larger.get());
     block_ = std::move(larger);
     capacity_ = static_cast<Offset>(size);
 }
@@ -48,5 +58,6 @@ void RKTPackedTexts::swap(RKTPackedTexts& other) noexcept {
     std::swap(block_, other.block_);
     std::swap(capacity_, other.capacity_);
     std::swap(present_, other.present_);
-    std::swap(starts_, other.starts_);
+    std::swap(used_, other.used_);
+    std::swap(sizes_, other.sizes_);
 }

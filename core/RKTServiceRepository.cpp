@@ -27,9 +27,8 @@ std::optional<RKTURL> RKTServiceRepository::URLAt(Text place) const {
     return RKTURLAccess::URLWithTextOfURL(std::move(*text));
 }
 
-void RKTServiceRepository::setURLAt(Text place, const std::optional<RKTURL>& value) {
-    setTextAt(place,
-              value ? std::optional<std::string_view>(value->absoluteString()) : std::nullopt);
+void RKTServiceRepository::setURLAt(Text place, std::optional<RKTURLView> value) {
+    setTextAt(place, value ? std::optional(value->absoluteString()) : std::nullopt);
 }
 
 std::optional<RKTServiceIdentifier> RKTServiceRepository::identifierAt(Text place) const {

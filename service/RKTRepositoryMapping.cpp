@@ -9,6 +9,7 @@
 
 #include "KorvoGitService/KorvoGit.h"
 #include "support/JSONReading.h"
+#include "support/URLText.h"
 
 namespace {
 
@@ -136,20 +137,20 @@ RKTServiceArrayResult::Results RKTRepositoryMapping::repositoriesWithArray(
 
 namespace RKTRepositoryFields {
 
-std::optional<RKTURL> plainURL(std::optional<std::string_view> text) {
-    return text ? RKTURL::URLWithString(*text) : std::nullopt;
+std::optional<RKTURLView> plainURL(std::optional<std::string_view> text, std::string& room) {
+    return text ? RKTURLAccess::viewOfText(*text, room) : std::nullopt;
 }
 
 std::optional<RKTURL> cloneURL(std::optional<std::string_view> text) {
     return text ? rkt_URLWithString(*text) : std::nullopt;
 }
 
-std::optional<std::string> closedWhenTrue(std::optional<RKTNumber> archived) {
+std::optional<std::string_view> closedWhenTrue(std::optional<RKTNumber> archived) {
     const bool closed = archived && archived->boolValue();
     return closed ? RKTServiceRepositoryStateClosed : RKTServiceRepositoryStateOpen;
 }
 
-std::optional<std::string> knownVisibility(std::optional<std::string_view> visibility) {
+std::optional<std::string_view> knownVisibility(std::optional<std::string_view> visibility) {
     for (const auto* known :
          {RKTServiceRepositoryVisibilityPublic, RKTServiceRepositoryVisibilityInternal}) {
         if (visibility == known) return known;

@@ -27,8 +27,8 @@ bool isHost(std::string_view text) {
 /// literally, "%", "?" and blanks included. The user is required: `host:path` cannot be told from
 /// a URL whose scheme is "host", such as `mailto:a` or `C:/repo`.
 std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
-    const auto* const end = std::ranges::find_if(text, [](char c) { return c == '/' || c == ':'; });
-    const std::size_t at = std::string_view(text.begin(), end).rfind('@');
+    const auto beforeColon = text.substr(0, text.find(':'));
+    const std::size_t at = beforeColon.substr(0, beforeColon.find('/')).rfind('@');
     if (at == std::string_view::npos) return std::nullopt;
     const std::string_view user = text.substr(0, at);
     const std::string_view hostAndPath = text.substr(at + 1);
@@ -47,7 +47,7 @@ std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
     url.append("@").append(host);
     if (!path.starts_with('/')) url += '/';
     rkt::appendPercentEncoded(url, path, rkt::pathCharacters);
-    return RKTURLAccess::URLWithText(std::move(url));
+    return RKTURLAccess::URLWithTextOfURL(std::move(url));
 }
 
 bool hasHostOrIsFile(const RKTURL& url) {

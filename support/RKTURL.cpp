@@ -91,15 +91,17 @@ std::optional<std::string> copied(const std::optional<std::string_view>& part) {
 }  // namespace
 
 std::optional<RKTURL> RKTURL::URLWithString(std::string_view text) {
-    return RKTURLAccess::URLWithText(std::string(text));
+    std::string room;
+    const auto view = RKTURLAccess::viewOfText(text, room);
+    if (!view) return std::nullopt;
+    return RKTURL(std::string(view->absoluteString()));
 }
 
-std::optional<RKTURL> RKTURLAccess::URLWithText(std::string text) {
-    if (!isPlainText(text)) {
-        if (!isURLText(text)) return std::nullopt;
-        text = rkt::strayBracketsEncoded(text);
-    }
-    return RKTURL(std::move(text));
+std::optional<RKTURLView> RKTURLAccess::viewOfText(std::string_view text, std::string& room) {
+    if (isPlainText(text)) return RKTURLView(text);
+    if (!isURLText(text)) return std::nullopt;
+    room = rkt::strayBracketsEncoded(text);
+    return RKTURLView(room);
 }
 
 std::optional<std::string> RKTURL::scheme() const {

@@ -11,8 +11,9 @@
 #include "KorvoGitService/RKTURL.h"
 
 struct RKTURLAccess {
-    /// RKTURL::URLWithString without a copy of the text.
-    static std::optional<RKTURL> URLWithText(std::string text);
+    /// RKTURL::URLWithString without a copy: most texts are that of the URL already, and the
+    /// others' goes into `room`.
+    static std::optional<RKTURLView> viewOfText(std::string_view text, std::string& room);
     /// @param text  is that of a URL
     static RKTURL URLWithTextOfURL(std::string text) { return RKTURL(std::move(text)); }
 };

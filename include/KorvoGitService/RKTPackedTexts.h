@@ -31,8 +31,7 @@ public:
     /// A view that the next change ends.
     std::optional<std::string_view> get(std::size_t number) const {
         if ((present_ >> number & 1U) == 0) return std::nullopt;
-        return std::string_view(block_.get() + starts_[number],
-                                starts_[number + 1] - starts_[number]);
+        return std::string_view(block_.get() + startOf(number), sizes_[number]);
     }
 
     /// Copies the text, which is not one of these. The block grows to what is needed and does not
@@ -52,15 +51,17 @@ public:
 private:
     using Offset = std::uint32_t;
 
+    Offset startOf(std::size_t number) const;
     void reserve(std::size_t size);
 
     std::unique_ptr<char[]> block_;
     Offset capacity_ = 0;
     /// A bit for each text that is something.
     std::uint32_t present_ = 0;
-    /// Where in the block each text begins, and where the last one ends: they stand there one
-    /// behind the other, in the order of their numbers.
-    std::array<Offset, count + 1> starts_{};
+    /// Of all texts together. They stand in the block one behind the other, in the order of their
+    /// numbers.
+    Offset used_ = 0;
+    std::array<Offset, count> sizes_{};
 };
 
 #endif

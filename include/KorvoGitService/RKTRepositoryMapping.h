@@ -41,7 +41,8 @@ struct RKTRepositoryField {
 /// Lines of the common kinds: the expected JSON type, the property's setter, and a conversion. A
 /// value of another type counts as absent. Without a conversion the value is stored as it is, and
 /// an absent one leaves the property alone; a conversion receives nothing for an absent value and
-/// decides.
+/// decides. A conversion may have a second parameter, std::string&: a text of its own that lives
+/// until the property is set, so that it can give a view.
 namespace RKTRepositoryFields {
 
 struct AsIs {};
@@ -50,10 +51,14 @@ struct AsIs {};
 template <class T, auto Setter, auto Conversion>
 void apply(RKTServiceRepository& repository, const RKTJSONValue* value) {
     const std::optional<T> typed = value ? kc_valueOfClass<T>(*value) : std::nullopt;
-    if constexpr (!std::is_same_v<std::remove_const_t<decltype(Conversion)>, AsIs>) {
-        (repository.*Setter)(Conversion(typed));
-    } else {
+    if constexpr (std::is_same_v<std::remove_const_t<decltype(Conversion)>, AsIs>) {
         if (typed) (repository.*Setter)(typed);
+    } else if constexpr (std::is_invocable_v<decltype(Conversion), std::optional<T>,
+                                             std::string&>) {
+        std::string room;
+        (repository.*Setter)(Conversion(typed, room));
+    } else {
+        (repository.*Setter)(Conversion(typed));
     }
 }
 
@@ -67,14 +72,16 @@ constexpr RKTRepositoryField::Apply number = apply<RKTNumber, Setter, Conversion
 /// Conversions.
 
 /// A plain URL (`URLWithString:`).
-RKT_EXPORT std::optional<RKTURL> plainURL(std::optional<std::string_view> text);
+RKT_EXPORT std::optional<RKTURLView> plainURL(std::optional<std::string_view> text,
+                                              std::string& room);
 /// `rkt_URLWithString:`
 RKT_EXPORT std::optional<RKTURL> cloneURL(std::optional<std::string_view> text);
 /// true is closed; false and nothing are open.
-RKT_EXPORT std::optional<std::string> closedWhenTrue(std::optional<RKTNumber> archived);
+RKT_EXPORT std::optional<std::string_view> closedWhenTrue(std::optional<RKTNumber> archived);
 /// "public" and "internal" as they are; everything else, nothing included, is private: a repository
 /// whose visibility is not known must not look public.
-RKT_EXPORT std::optional<std::string> knownVisibility(std::optional<std::string_view> visibility);
+RKT_EXPORT std::optional<std::string_view> knownVisibility(
+    std::optional<std::string_view> visibility);
 
 }  // namespace RKTRepositoryFields
 

@@ -97,22 +97,22 @@ public:
 
     /// A picture of the repository or its owner.
     std::optional<RKTURL> avatarURL() const { return URLAt(AvatarURLText); }
-    void setAvatarURL(const std::optional<RKTURL>& value) { setURLAt(AvatarURLText, value); }
+    void setAvatarURL(std::optional<RKTURLView> value) { setURLAt(AvatarURLText, value); }
 
     /// The repository's page in the service's web interface.
     std::optional<RKTURL> webURL() const { return URLAt(WebURLText); }
-    void setWebURL(const std::optional<RKTURL>& value) { setURLAt(WebURLText, value); }
+    void setWebURL(std::optional<RKTURLView> value) { setURLAt(WebURLText, value); }
 
     /// Clone addresses.
     std::optional<RKTURL> SSHRepositoryURL() const { return URLAt(SSHRepositoryURLText); }
-    void setSSHRepositoryURL(const std::optional<RKTURL>& value) {
+    void setSSHRepositoryURL(std::optional<RKTURLView> value) {
         setURLAt(SSHRepositoryURLText, value);
     }
 
     /// For cloning by HTTP; http where a self-hosted server has no TLS. Bitbucket Cloud puts a
     /// user's name into it.
     std::optional<RKTURL> HTTPSRepositoryURL() const { return URLAt(HTTPSRepositoryURLText); }
-    void setHTTPSRepositoryURL(const std::optional<RKTURL>& value) {
+    void setHTTPSRepositoryURL(std::optional<RKTURLView> value) {
         setURLAt(HTTPSRepositoryURLText, value);
     }
 
@@ -150,7 +150,7 @@ private:
     std::optional<std::string> textAt(Text place) const;
     void setTextAt(Text place, std::optional<std::string_view> value);
     std::optional<RKTURL> URLAt(Text place) const;
-    void setURLAt(Text place, const std::optional<RKTURL>& value);
+    void setURLAt(Text place, std::optional<RKTURLView> value);
     std::optional<RKTServiceIdentifier> identifierAt(Text place) const;
     void setIdentifierAt(Text place, const std::optional<RKTServiceIdentifier>& value);
 

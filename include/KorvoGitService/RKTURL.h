@@ -56,6 +56,22 @@ private:
     std::string text_;
 };
 
+/// The text of a URL that is kept elsewhere, as std::string_view is one of any text: for
+/// parameters. Every URL is one, for as long as it lives.
+class RKTURLView {
+public:
+    /// Of this URL.
+    RKTURLView(const RKTURL& url) : text_(url.absoluteString()) {}
+
+    /// The whole text, user information included: not for logs.
+    std::string_view absoluteString() const { return text_; }
+
+private:
+    friend struct RKTURLAccess;
+    explicit RKTURLView(std::string_view text) : text_(text) {}
+    std::string_view text_;
+};
+
 template <>
 struct std::hash<RKTURL> {
     std::size_t operator()(const RKTURL& url) const {

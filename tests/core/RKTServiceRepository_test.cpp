@@ -103,6 +103,13 @@ TEST(RKTServiceRepository, TakesIdentifiersOfBothKinds) {
     EXPECT_EQ(repository.identifier(), std::nullopt);
 }
 
+TEST(RKTServiceRepository, CopiesAURLThatIsGoneAfterwards) {
+    RKTServiceRepository repository;
+    repository.setAvatarURL(RKTURL::URLWithString("https://h/longer-than-a-short-string").value());
+    EXPECT_EQ(repository.avatarURL(),
+              RKTURL::URLWithString("https://h/longer-than-a-short-string"));
+}
+
 TEST(RKTServiceRepository, TellsTheEmptyTextFromNothing) {
     RKTServiceRepository repository;
     repository.setName("");

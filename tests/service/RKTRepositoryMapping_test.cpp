@@ -225,11 +225,40 @@ TEST(RKTRepositoryMapping, KeepsLargeIdentifiersExact) {
 }
 
 TEST(RKTRepositoryFields, LeaveOutWhatIsNoURL) {
-    EXPECT_EQ(plainURL("https://h/a b"), std::nullopt);
-    EXPECT_EQ(plainURL(std::nullopt), std::nullopt);
-    EXPECT_EQ(plainURL("relative/path"), RKTURL::URLWithString("relative/path"));
+    std::string room;
+    EXPECT_FALSE(plainURL("https://h/a b", room).has_value());
+    EXPECT_FALSE(plainURL(std::nullopt, room).has_value());
+    EXPECT_EQ(plainURL("relative/path", room).value().absoluteString(), "relative/path");
     EXPECT_EQ(cloneURL("relative/path"), std::nullopt);
     EXPECT_EQ(cloneURL(std::nullopt), std::nullopt);
+}
+
+TEST(RKTRepositoryFields, ViewAPlainURLWhereItStandsUnlessItMustBeEncoded) {
+    std::string room;
+    const std::string_view plain = "https://h/a";
+    EXPECT_EQ(plainURL(plain, room).value().absoluteString().data(), plain.data());
+    EXPECT_EQ(room, "");
+    const auto encoded = plainURL("https://h/a[1]", room);
+    EXPECT_EQ(encoded.value().absoluteString(), "https://h/a%5B1%5D");
+    EXPECT_EQ(encoded.value().absoluteString().data(), room.data());
+}
+
+/// Gives a view of a text that it makes, longer than what a string holds without a block.
+std::optional<std::string_view> repeated(std::optional<std::string_view> text, std::string& room) {
+    if (!text) return std::nullopt;
+    while (room.size() < 100) room += *text;
+    return room;
+}
+
+TEST(RKTRepositoryFields, GiveAConversionRoomUntilThePropertyIsSet) {
+    static const RKTRepositoryMapping table({{"name", string<&Repository::setName, repeated>},
+                                             {"web", string<&Repository::setWebURL, plainURL>}});
+    const auto repository = mapped(R"({"name": "ab", "web": "https://h/a[1]"})", table);
+    std::string text;
+    repeated("ab", text);
+    EXPECT_THAT(repository->name(), Optional(text));
+    EXPECT_EQ(repository->webURL(), RKTURL::URLWithString("https://h/a[1]"));
+    EXPECT_EQ(mapped("{}", table)->name(), std::nullopt);
 }
 
 TEST(RKTRepositoryFields, TakeAnUnknownVisibilityForPrivate) {
