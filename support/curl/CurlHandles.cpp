@@ -10,7 +10,7 @@ namespace {
 struct Closing {
     std::shared_mutex mutex;
     bool isOver = false;
-    std::vector<CURL*> keptOpen;  // in sight of a leak check
+    std::vector<const void*> keptOpen;  // in sight of a leak check
 };
 
 Closing& closing() {
@@ -18,18 +18,30 @@ Closing& closing() {
     return instance;
 }
 
+template <class Handle, class Close>
+void closeUnlessOver(Handle* handle, Close close) {
+    {
+        const std::shared_lock lock(closing().mutex);
+        if (!closing().isOver) {
+            close(handle);
+            return;
+        }
+    }
+    const std::unique_lock lock(closing().mutex);
+    closing().keptOpen.push_back(handle);
+}
+
 }  // namespace
 
 void CloseEasy::operator()(CURL* easy) const {
-    {
-        const std::shared_lock lock(closing().mutex);
-        if (!closing().isOver) return curl_easy_cleanup(easy);
-    }
-    const std::unique_lock lock(closing().mutex);
-    closing().keptOpen.push_back(easy);
+    closeUnlessOver(easy, curl_easy_cleanup);
 }
 
-void keepEasyHandlesOpen() {
+void CloseShare::operator()(CURLSH* share) const {
+    closeUnlessOver(share, curl_share_cleanup);
+}
+
+void keepHandlesOpen() {
     const std::unique_lock lock(closing().mutex);
     closing().isOver = true;
 }

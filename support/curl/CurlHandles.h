@@ -15,6 +15,10 @@ struct CloseMulti {
 struct CloseEasy {
     void operator()(CURL* easy) const;
 };
+/// On any thread, after the easy handles that used it.
+struct CloseShare {
+    void operator()(CURLSH* share) const;
+};
 struct FreeList {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
@@ -25,8 +29,8 @@ struct FreeList {
 using EasyHandle = std::unique_ptr<CURL, CloseEasy>;
 using HeaderList = std::unique_ptr<curl_slist, FreeList>;
 
-/// From now on easy handles stay open: at the exit of the process, where threads run on, none may
-/// let go of its TLS sessions beside or after OpenSSL's own clean-up.
-void keepEasyHandlesOpen();
+/// From now on easy and share handles stay open: at the exit of the process, where threads run on,
+/// none may let go of TLS sessions beside or after OpenSSL's own clean-up.
+void keepHandlesOpen();
 
 }  // namespace rkt

@@ -8,7 +8,7 @@
 
 #include "support/SharedNetworkSettings.h"
 #include "support/SignalsBlocked.h"
-#include "support/curl/CurlCookieJar.h"
+#include "support/curl/CurlSessionMemory.h"
 
 namespace rkt {
 
@@ -44,14 +44,14 @@ void CurlLoader::cancel(Token token) {
     tell([&](Inbox& inbox) { inbox.cancels.push_back(token); });
 }
 
-std::shared_ptr<CookieJar> CurlLoader::makeCookieJar() {
-    return std::make_shared<CurlCookieJar>();
+std::shared_ptr<SessionMemory> CurlLoader::makeSessionMemory() {
+    return std::make_shared<CurlSessionMemory>();
 }
 
 void CurlLoader::stop() {
     tell([](Inbox& inbox) { inbox.stop = true; });
     thread_.join();
-    keepEasyHandlesOpen();
+    keepHandlesOpen();
 }
 
 // The thread

@@ -30,7 +30,7 @@ public:
 
     Token start(Exchange exchange, Finished finished) override;
     void cancel(Token token) override;
-    std::shared_ptr<CookieJar> makeCookieJar() override;
+    std::shared_ptr<SessionMemory> makeSessionMemory() override;
     std::size_t exchangesUnderWay() const override { return underWay_; }
 
     /// Ends the thread, abandoning what is under way. For the exit of the process.

@@ -7,9 +7,10 @@
 
 #include "KorvoGitService/RKTError.h"
 #include "support/ASCII.h"
-#include "support/curl/CurlCookieJar.h"
 #include "support/curl/CurlErrors.h"
+#include "support/curl/CurlSessionMemory.h"
 #include "support/curl/ProxyAccount.h"
+#include "support/curl/TLSResumption.h"
 
 namespace rkt {
 namespace {
@@ -114,8 +115,9 @@ void CurlTransfer::configureRequest() {
     append(headerList_, "Accept:");
     append(headerList_, "Expect:");
     set(CURLOPT_HTTPHEADER, headerList_.get());
-    if (const auto jar = std::dynamic_pointer_cast<CurlCookieJar>(exchange_.cookies)) {
-        set(CURLOPT_SHARE, jar->share());
+    if (const auto memory = std::dynamic_pointer_cast<CurlSessionMemory>(exchange_.memory)) {
+        set(CURLOPT_SHARE, memory->share());
+        keepTLSSessionsResumable(handle_.get());
         set(CURLOPT_COOKIEFILE, "");  // turns cookies on, reads no file
     }
 }

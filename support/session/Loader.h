@@ -18,16 +18,16 @@
 
 namespace rkt {
 
-/// A session's cookies, in memory. Only the loader that made it can look inside; it may be let go
-/// on any thread.
-class CookieJar {
+/// What a session keeps from one exchange to the next: cookies, and the TLS sessions that servers
+/// let it resume. Only the loader that made it can look inside; it may be let go on any thread.
+class SessionMemory {
 public:
-    CookieJar(const CookieJar&) = delete;
-    CookieJar& operator=(const CookieJar&) = delete;
-    virtual ~CookieJar() = default;
+    SessionMemory(const SessionMemory&) = delete;
+    SessionMemory& operator=(const SessionMemory&) = delete;
+    virtual ~SessionMemory() = default;
 
 protected:
-    CookieJar() = default;
+    SessionMemory() = default;
 };
 
 /// One exchange: a request to one origin, with no redirects followed. Owns all that it needs.
@@ -39,7 +39,7 @@ struct Exchange {
     std::shared_ptr<const RKTNetworkSettings> settings;
     std::chrono::milliseconds idleTimeout;           // without a byte
     std::chrono::steady_clock::time_point deadline;  // of the whole task
-    std::shared_ptr<CookieJar> cookies;
+    std::shared_ptr<SessionMemory> memory;
 };
 
 /// How an exchange ended: with a failure, or with an answer. A status is data here, whatever it
@@ -75,7 +75,7 @@ public:
     /// Stops an exchange; it then finishes without a word. Without effect when it has finished
     /// already.
     virtual void cancel(Token token) = 0;
-    virtual std::shared_ptr<CookieJar> makeCookieJar() = 0;
+    virtual std::shared_ptr<SessionMemory> makeSessionMemory() = 0;
     /// How many were started and have neither finished nor been stopped yet, so that the books can
     /// be balanced.
     virtual std::size_t exchangesUnderWay() const = 0;

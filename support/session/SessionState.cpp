@@ -16,10 +16,10 @@ std::shared_ptr<const RKTNetworkSettings> SessionState::settings() const {
     return settings_ ? settings_ : SharedNetworkSettings::instance().get();
 }
 
-std::shared_ptr<CookieJar> SessionState::cookies() {
+std::shared_ptr<SessionMemory> SessionState::memory() {
     const std::lock_guard lock(mutex_);
-    if (!cookies_) cookies_ = sharedLoader().makeCookieJar();
-    return cookies_;
+    if (!memory_) memory_ = sharedLoader().makeSessionMemory();
+    return memory_;
 }
 
 bool SessionState::add(const std::shared_ptr<TaskState>& task) {

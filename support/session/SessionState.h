@@ -25,7 +25,7 @@ public:
     std::shared_ptr<const RKTNetworkSettings> settings() const;
     const std::shared_ptr<RKTOperationQueue>& queue() const { return queue_; }
     /// Made when the first request needs it: a session that never loads anything has none.
-    std::shared_ptr<CookieJar> cookies();
+    std::shared_ptr<SessionMemory> memory();
 
     /// False when the session was ended: the task is then not known to it, and must end as
     /// cancelled.
@@ -45,7 +45,7 @@ private:
 
     std::mutex mutex_;
     std::shared_ptr<RKTURLSessionDelegate> delegate_;
-    std::shared_ptr<CookieJar> cookies_;
+    std::shared_ptr<SessionMemory> memory_;
     Tasks tasks_;
     bool ended_ = false;
 };

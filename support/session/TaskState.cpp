@@ -58,7 +58,7 @@ void TaskState::resume() {
         state_ = State::Running;
         if (session_) {
             settings_ = session_->settings();
-            cookies_ = session_->cookies();
+            memory_ = session_->memory();
         }
     }
     if (!settings_) return cancel();
@@ -79,7 +79,7 @@ void TaskState::load() {
                       settings_,
                       bounded(settings_->timeoutIntervalForRequest),
                       deadline_,
-                      cookies_};
+                      memory_};
     const std::lock_guard lock(
         mutex_);  // so that cancel() finds the exchange either not started or known
     if (state_ != State::Running) return;

@@ -62,7 +62,7 @@ private:
     RKTURLRequest currentRequest_;  // after redirects
     std::shared_ptr<const RKTNetworkSettings> settings_;
     std::chrono::steady_clock::time_point deadline_;
-    std::shared_ptr<CookieJar> cookies_;
+    std::shared_ptr<SessionMemory> memory_;
     int redirects_ = 0;
 
     mutable std::mutex mutex_;

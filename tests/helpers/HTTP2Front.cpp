@@ -11,8 +11,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <fstream>
 #include <stdexcept>
+#include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -62,6 +65,19 @@ void HTTP2Front::end() {
     waitpid(std::exchange(process_, -1), nullptr, 0);
 }
 
+// A line is written when an answer is complete, which its client may know a little earlier.
+std::vector<bool> HTTP2Front::resumptions(std::size_t requests) const {
+    std::vector<bool> resumptions;
+    for (int looks = 0; resumptions.size() < requests; ++looks) {
+        if (looks == 2000) throw std::runtime_error("nghttpx does not tell what it answered");
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::ifstream log(directory_ / "answered");
+        resumptions.clear();
+        for (std::string line; std::getline(log, line);) resumptions.push_back(line == "r");
+    }
+    return resumptions;
+}
+
 void HTTP2Front::writeIdentity(const emulator::Identity& identity) const {
     std::ofstream(directory_ / "certificate.pem") << identity.certificates;
     std::ofstream(directory_ / "key.pem") << identity.privateKey;
@@ -77,6 +93,8 @@ void HTTP2Front::spawn(std::uint16_t httpPort) {
                                        "--log-level=NOTICE",
                                        "--no-ocsp",
                                        "--add-forwarded=for",
+                                       "--accesslog-format=$tls_session_reused",
+                                       "--accesslog-file=" + (directory_ / "answered").string(),
                                        "--frontend=127.0.0.1," + std::to_string(port_),
                                        "--backend=127.0.0.1," + std::to_string(httpPort),
                                        (directory_ / "key.pem").string(),

@@ -195,6 +195,7 @@ Request Connection::takeRequest() {
     if (tls_) {
         const char* name = SSL_get_servername(tls_->native_handle(), TLSEXT_NAMETYPE_host_name);
         request.serverName = name ? name : "";
+        request.resumed = SSL_session_reused(tls_->native_handle()) == 1;
     }
     request.connection = id_;
     return request;

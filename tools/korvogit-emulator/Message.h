@@ -66,6 +66,7 @@ struct Request {
     std::string body{};            ///< decoded from chunks if it was sent so
     bool tls = false;              ///< arrived at the HTTPS listener
     std::string serverName{};      ///< the name asked for in the TLS handshake; empty without one
+    bool resumed = false;          ///< the connection resumed a TLS session of an earlier one
     bool http10 = false;           ///< an HTTP/1.0 request
     bool keepAlive = true;         ///< the client lets the connection stand
     std::uint64_t connection = 0;  ///< the same for all requests of one connection; counts from 1

@@ -35,7 +35,7 @@ protected:
 
     Threads() { origin.server.script({}, emulator::textAnswer(200, "done")); }
 
-    rkt::Exchange exchange(const std::shared_ptr<rkt::CookieJar>& jar) const {
+    rkt::Exchange exchange(const std::shared_ptr<rkt::SessionMemory>& memory) const {
         const auto target = rkt::requestTarget(RKTURL::URLWithString(origin.url("/x")));
         return {std::get<rkt::RequestTarget>(target),
                 "GET",
@@ -44,7 +44,7 @@ protected:
                 std::make_shared<const RKTNetworkSettings>(origin.settings),
                 std::chrono::minutes(1),
                 std::chrono::steady_clock::now() + std::chrono::minutes(1),
-                jar};
+                memory};
     }
 };
 
@@ -69,15 +69,16 @@ TEST_F(Threads, ManyStartRequestsOfOneSessionThatSetCookies) {
     EXPECT_EQ(origin.server.requests().back().headers.get("Cookie"), "session=shared");
 }
 
-TEST_F(Threads, ACookieJarGoesWithTheLastResultThatUsedIt) {
+TEST_F(Threads, ASessionsMemoryGoesWithTheLastResultThatUsedIt) {
     auto hold = origin.server.hold({});
-    auto jar = rkt::sharedLoader().makeCookieJar();
-    const std::weak_ptr<rkt::CookieJar> alive = jar;
+    auto memory = rkt::sharedLoader().makeSessionMemory();
+    const std::weak_ptr<rkt::SessionMemory> alive = memory;
     std::promise<rkt::ExchangeResult> promise;
-    rkt::sharedLoader().start(
-        exchange(jar), [&](rkt::ExchangeResult result) { promise.set_value(std::move(result)); });
+    rkt::sharedLoader().start(exchange(memory), [&](rkt::ExchangeResult result) {
+        promise.set_value(std::move(result));
+    });
     ASSERT_TRUE(hold.waitUntilReached());
-    jar.reset();
+    memory.reset();
     EXPECT_FALSE(alive.expired());
     hold.release();
     auto future = promise.get_future();
@@ -97,10 +98,10 @@ TEST_F(Threads, WhatIsCancelledRightAfterItsStartIsLetGoOfByTheLoader) {
     Awaited<int> destroyed;
     onSeveralThreads([&](int) {
         auto& loader = rkt::sharedLoader();
-        const auto jar = loader.makeCookieJar();
+        const auto memory = loader.makeSessionMemory();
         for (int i = 0; i < each; ++i) {
             const std::shared_ptr<void> witness(nullptr, [&](void*) { destroyed.put(1); });
-            loader.cancel(loader.start(exchange(jar), [&, witness](rkt::ExchangeResult result) {
+            loader.cancel(loader.start(exchange(memory), [&, witness](rkt::ExchangeResult result) {
                 finished.put(result.status);
             }));
         }
