@@ -50,6 +50,8 @@ target_link_libraries(KorvoGitService_objects
                       PRIVATE ${korvogit_link_libraries} nlohmann_json::nlohmann_json Boost::headers)
 # Asio alone is used of Boost, without its deprecated names.
 target_compile_definitions(KorvoGitService_objects PRIVATE BOOST_ASIO_NO_DEPRECATED)
+# Nobody replaces the library's functions: its calls of its own may be expanded in line, and those that are
+# left are bound when it is linked, see below.
 target_compile_options(KorvoGitService_objects PRIVATE -fno-semantic-interposition)
 set_target_properties(KorvoGitService_objects PROPERTIES
     POSITION_INDEPENDENT_CODE ON
@@ -75,7 +77,7 @@ set_target_properties(KorvoGitService PROPERTIES
     LINK_DEPENDS ${korvogit_exports})
 # The loader's thread and the pool's threads run the library's code until the process ends, so an
 # application that closes a plug-in must not unmap it under them. Its calls of its own functions are
-# bound when it is linked: nobody replaces them, and a page makes a hundred thousand.
+# bound when it is linked: a page makes thousands.
 target_link_options(KorvoGitService PRIVATE
     -Wl,-z,nodelete -Wl,-Bsymbolic-functions -Wl,--as-needed -Wl,--version-script,${korvogit_exports})
 

@@ -100,6 +100,7 @@ std::optional<RKTURL> RKTURL::URLWithString(std::string_view text) {
 std::optional<RKTURLView> RKTURLAccess::viewOfText(std::string_view text, std::string& room) {
     if (isPlainText(text)) return RKTURLView(text);
     if (!isURLText(text)) return std::nullopt;
+    if (text.find_first_of("[]") == std::string_view::npos) return RKTURLView(text);
     room = rkt::strayBracketsEncoded(text);
     return RKTURLView(room);
 }

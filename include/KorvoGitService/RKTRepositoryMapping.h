@@ -71,7 +71,7 @@ constexpr RKTRepositoryField::Apply number = apply<RKTNumber, Setter, Conversion
 
 /// Conversions.
 
-/// A plain URL (`URLWithString:`).
+/// A plain URL (`URLWithString:`): a view of `text`, or of `room` when something must be encoded.
 RKT_EXPORT std::optional<RKTURLView> plainURL(std::optional<std::string_view> text,
                                               std::string& room);
 /// `rkt_URLWithString:`

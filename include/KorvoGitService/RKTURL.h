@@ -56,8 +56,8 @@ private:
     std::string text_;
 };
 
-/// The text of a URL that is kept elsewhere, as std::string_view is one of any text: for
-/// parameters. Every URL is one, for as long as it lives.
+/// A URL's text that is kept elsewhere, as std::string_view is of any text: for parameters. Valid
+/// as long as the text stands there.
 class RKTURLView {
 public:
     /// Of this URL.

@@ -46,8 +46,8 @@ struct RKT_EXPORT RKTURLSessionConfiguration {
     /// Of this session alone, but for the two numbers of connections, which are the process's.
     RKTNetworkSettings networkSettings;
 
-    /// `ephemeralSessionConfiguration`: the shared network settings; cookies in memory, per
-    /// session; no cache, no stored credentials.
+    /// `ephemeralSessionConfiguration`: the shared network settings; cookies and TLS
+    /// sessions in memory, per session; no cache, no stored credentials.
     static RKTURLSessionConfiguration ephemeralSessionConfiguration();
 };
 
@@ -93,7 +93,7 @@ private:
     std::shared_ptr<rkt::TaskState> state_;
 };
 
-/// Tasks with common settings, a common cookie jar and one serial queue for their handlers.
+/// Tasks with common settings, cookies and TLS sessions, and one serial queue for their handlers.
 /// Connections are shared with all sessions of the process that have the same network settings.
 ///
 /// Limits: 20 redirects of a task (NSURLErrorHTTPTooManyRedirects past it), 256 KiB of header lines
@@ -111,8 +111,8 @@ public:
         std::shared_ptr<RKTURLSessionDelegate> delegate = nullptr,
         std::shared_ptr<RKTOperationQueue> delegateQueue = nullptr);
 
-    /// `sharedSession`: one for the process, with a cookie jar of its own. It follows the shared
-    /// network settings and cannot be ended.
+    /// `sharedSession`: one for the process, with cookies and TLS sessions of its own. It follows
+    /// the shared network settings and cannot be ended.
     static std::shared_ptr<RKTURLSession> sharedSession();
 
     ~RKTURLSession();

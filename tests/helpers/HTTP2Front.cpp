@@ -73,7 +73,7 @@ std::vector<bool> HTTP2Front::resumptions(std::size_t requests) const {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
         std::ifstream log(directory_ / "answered");
         resumptions.clear();
-        for (std::string line; std::getline(log, line);) resumptions.push_back(line == "r");
+        for (std::string line; std::getline(log, line);) resumptions.push_back(line == "h2 r");
     }
     return resumptions;
 }
@@ -93,7 +93,7 @@ void HTTP2Front::spawn(std::uint16_t httpPort) {
                                        "--log-level=NOTICE",
                                        "--no-ocsp",
                                        "--add-forwarded=for",
-                                       "--accesslog-format=$tls_session_reused",
+                                       "--accesslog-format=$alpn $tls_session_reused",
                                        "--accesslog-file=" + (directory_ / "answered").string(),
                                        "--frontend=127.0.0.1," + std::to_string(port_),
                                        "--backend=127.0.0.1," + std::to_string(httpPort),

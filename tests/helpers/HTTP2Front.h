@@ -24,8 +24,8 @@ public:
     HTTP2Front& operator=(const HTTP2Front&) = delete;
 
     std::uint16_t port() const { return port_; }
-    /// Whether the connection of each answered request, in the order of the answers, had resumed a
-    /// TLS session. Waits for so many.
+    /// Whether the connection of each answered request, in the order of the answers, spoke HTTP/2
+    /// and had resumed a TLS session. Waits for so many.
     std::vector<bool> resumptions(std::size_t requests) const;
     /// Ends the process and with it all connections, as when a server's machine goes down.
     void end();

@@ -58,7 +58,7 @@ private:
     bool takeFromTerminal();
 
     std::chrono::steady_clock::time_point deadline_ =
-        std::chrono::steady_clock::now() + std::chrono::seconds(40);
+        std::chrono::steady_clock::now() + std::chrono::minutes(2);
     std::string shown_;
     int terminal_ = -1;  // the side of whoever looks at it
     int programSide_ = -1;

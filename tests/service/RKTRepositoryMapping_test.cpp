@@ -235,9 +235,10 @@ TEST(RKTRepositoryFields, LeaveOutWhatIsNoURL) {
 
 TEST(RKTRepositoryFields, ViewAPlainURLWhereItStandsUnlessItMustBeEncoded) {
     std::string room;
-    const std::string_view plain = "https://h/a";
-    EXPECT_EQ(plainURL(plain, room).value().absoluteString().data(), plain.data());
-    EXPECT_EQ(room, "");
+    for (const std::string_view plain : {"https://h/a", "https://h/a%20b?c#d"}) {
+        EXPECT_EQ(plainURL(plain, room).value().absoluteString().data(), plain.data());
+        EXPECT_EQ(room, "");
+    }
     const auto encoded = plainURL("https://h/a[1]", room);
     EXPECT_EQ(encoded.value().absoluteString(), "https://h/a%5B1%5D");
     EXPECT_EQ(encoded.value().absoluteString().data(), room.data());

@@ -4,14 +4,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/curl/TLSResumption.h"
 #include "tests/helpers/HTTP2Front.h"
-#include "tests/helpers/Loading.h"
+#include "tests/helpers/Services.h"
 
 namespace {
 
 class Resumption : public testing::Test {
 protected:
-    Origin origin;
+    SharedOrigin origin;
 
     Resumption() {
         auto answer = emulator::textAnswer(200, "done");
@@ -39,6 +40,16 @@ TEST_F(Resumption, IsForTheConnectionsOfOneSession) {
         EXPECT_TRUE(lastWasResumed());
     }
     EXPECT_EQ(origin.server.acceptedConnections(), 4U);
+}
+
+TEST_F(Resumption, EndsAfterSomeConnectionsSoThatTheCertificateIsCheckedAgain) {
+    const auto session = origin.session();
+    for (int round = 0; round < 2; ++round) {
+        for (int resumptions = 0; resumptions <= rkt::maximumResumptions; ++resumptions) {
+            ASSERT_EQ(load(*session).status(), 200);
+            EXPECT_EQ(lastWasResumed(), resumptions > 0) << resumptions;
+        }
+    }
 }
 
 TEST_F(Resumption, DoesNotTieOneSessionToAnother) {
@@ -69,8 +80,6 @@ TEST_F(Resumption, IsForHTTP2Too) {
 }
 
 TEST_F(Resumption, DoesNotOutliveTheTrustInTheAuthority) {
-    const auto before = RKTNetworkSettings::shared();
-    RKTNetworkSettings::setShared(origin.settings);
     const auto session = RKTURLSession::sharedSession();
     ASSERT_EQ(load(*session).status(), 200);
 
@@ -83,7 +92,6 @@ TEST_F(Resumption, DoesNotOutliveTheTrustInTheAuthority) {
     RKTNetworkSettings::setShared(origin.settings);
     ASSERT_EQ(load(*session).status(), 200);
     EXPECT_TRUE(lastWasResumed());
-    RKTNetworkSettings::setShared(before);
 }
 
 }  // namespace
