@@ -121,9 +121,6 @@ bool isIPLiteral(std::string_view text) {
 }
 
 std::string strayBracketsEncoded(std::string_view text) {
-    if (text.find('[') == std::string_view::npos && text.find(']') == std::string_view::npos) {
-        return std::string(text);
-    }
     const std::string_view kept = bracketedHostAndPort(text);
     const auto keptPlace = static_cast<std::size_t>(kept.data() - text.data());
     return percentEncode(text.substr(0, keptPlace), URLCharactersButBrackets)
