@@ -57,11 +57,13 @@ void Report::print(std::ostream& stream) const {
     table.row("threads", change(before.threads, after.threads), before.threads == after.threads);
     if (judgesMemory()) {
         const MemoryTrend trend(memory);
-        table.row("memory, median of second third", mebibytes(trend.second));
-        table.row("memory, median of last third", mebibytes(trend.last), trend.isFlat());
+        table.row("memory in use, second third", mebibytes(trend.second));
+        table.row("  last third", mebibytes(trend.last), trend.isFlat());
     } else {
-        table.row("memory", "not judged below a minute");
+        table.row("memory in use",
+                  isMemoryTold() ? "not judged below a minute" : "not told by the allocator");
     }
+    table.row("resident memory", mebibytes(residentMemory));
 }
 
 }  // namespace soak

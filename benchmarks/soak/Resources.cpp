@@ -1,5 +1,6 @@
 #include "Resources.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,6 +26,11 @@ std::size_t median(std::vector<std::size_t> values) {
 
 Resources Resources::now() {
     return {entriesOf("/proc/self/fd"), entriesOf("/proc/self/task")};
+}
+
+std::size_t memoryInUse() {
+    const auto allocator = mallinfo2();
+    return allocator.uordblks + allocator.hblkhd;
 }
 
 std::size_t residentMemory() {

@@ -65,7 +65,7 @@ void sampleMemory(int seconds, const soak::EmulatorProcess& emulator, soak::Repo
     for (int second = 1; second <= seconds; ++second) {
         const auto next = begin + std::chrono::seconds(second);
         runMainQueue(24h, [&] { return Clock::now() >= next; });
-        report.memory.push_back(soak::residentMemory());
+        report.memory.push_back(soak::memoryInUse());
         emulator.disturbConnections();
     }
 }
@@ -82,6 +82,7 @@ soak::Report soakFor(const Options& options) {
     load.start(options.threads, options.seed);
     sampleMemory(options.seconds, emulator, report);
     load.stop();
+    report.residentMemory = soak::residentMemory();
     load.endServices();
     runMainQueue(60s, [&] { return isIdle(books) && load.livingServices() == 0; });
     report.balance = books.balance();

@@ -4,7 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -58,6 +62,19 @@ TEST(SoakBooks, NoticeALostOperationBesideADoubledOne) {
     books.start();
     EXPECT_EQ(books.balance().inFlight(), 1);
     EXPECT_EQ(books.balance().dropped, 1);
+}
+
+TEST(SoakMemory, InUseIsWhatIsNotFreed) {
+    if (!std::string_view(KORVOGIT_SANITIZE).empty())
+        GTEST_SKIP() << "a sanitizer has an allocator of its own";
+    const auto before = soak::memoryInUse();
+    auto large = std::make_unique<std::vector<char>>(40 * mebibyte);
+    std::vector<std::string> small(10000, std::string(1000, 's'));
+    EXPECT_GT(soak::memoryInUse(), before + 49 * mebibyte);
+    large.reset();
+    small.clear();
+    small.shrink_to_fit();
+    EXPECT_LT(soak::memoryInUse(), before + mebibyte);
 }
 
 TEST(SoakMemoryTrend, IsFlatWhateverTheWarmUp) {
@@ -117,6 +134,13 @@ TEST(SoakReport, JudgesNoMemoryBelowAMinute) {
     auto report = inOrder();
     report.memory = {mebibyte, mebibyte, 900 * mebibyte};
     EXPECT_TRUE(report.isInOrder());
+    EXPECT_NE(text(report).find("not judged below a minute"), std::string::npos);
+}
+
+TEST(SoakReport, SaysSoWhereMemoryIsNotTold) {
+    auto report = inOrder();
+    report.memory.assign(60, 0);
+    EXPECT_NE(text(report).find("not told by the allocator"), std::string::npos);
 }
 
 }  // namespace
