@@ -7,13 +7,6 @@
 #include <stdexcept>
 #include <utility>
 
-RKTPackedTexts::RKTPackedTexts(const RKTPackedTexts& other) : RKTPackedTexts(other.used_) {
-    std::copy_n(other.block_.get(), other.used_, block_.get());
-    present_ = other.present_;
-    used_ = other.used_;
-    sizes_ = other.sizes_;
-}
-
 // Most often texts are set in their order, each behind all that are there.
 RKTPackedTexts::Offset RKTPackedTexts::startOf(std::size_t number) const {
     if (present_ >> number == 0) return used_;
@@ -37,20 +30,30 @@ void RKTPackedTexts::set(std::size_t number, std::optional<std::string_view> tex
     present_ = text ? present_ | bit : present_ & ~bit;
 }
 
-void RKTPackedTexts::clear() noexcept {
-    present_ = 0;
-    used_ = 0;
-    sizes_ = {};
+void RKTPackedTexts::moveTo(std::string& bytes, RKTPackedTexts& room) {
+    bytes.append(bytes_, used_);
+    bytes_ = nullptr;
+    room.block_ = std::move(block_);
+    room.bytes_ = room.block_.get();
+    room.capacity_ = std::exchange(capacity_, 0);
 }
 
+const char* RKTPackedTexts::standAt(const char* place) {
+    bytes_ = place;
+    return place + used_;
+}
+
+// Makes the block large enough for `size` bytes, and for the texts that move there.
 void RKTPackedTexts::reserve(std::size_t size) {
     if (size <= capacity_) return;
+    size = std::max<std::size_t>(size, used_);
     if (size > std::numeric_limits<Offset>::max()) {
         throw std::length_error("The texts of one record are 4 GiB or more.");
     }
     auto larger = std::make_unique_for_overwrite<char[]>(size);
-    std::copy_n(block_.get(), used_, larger.get());
+    std::copy_n(bytes_, used_, larger.get());
     block_ = std::move(larger);
+    bytes_ = block_.get();
     capacity_ = static_cast<Offset>(size);
 }
 
@@ -60,4 +63,5 @@ void RKTPackedTexts::swap(RKTPackedTexts& other) noexcept {
     std::swap(present_, other.present_);
     std::swap(used_, other.used_);
     std::swap(sizes_, other.sizes_);
+    std::swap(bytes_, other.bytes_);
 }

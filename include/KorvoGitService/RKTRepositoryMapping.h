@@ -109,16 +109,19 @@ public:
     std::shared_ptr<RKTServiceRepository> repositoryWithDictionary(
         const RKTJSONDictionary& element) const;
 
-    /// A record for every dictionary of the array, in order; other elements are skipped.
+    /// A record for every dictionary of the array, in order; other elements are skipped. They share
+    /// their memory, see RKTServiceArrayResult::results().
     RKTServiceArrayResult::Results repositoriesWithArray(const RKTJSONArray& elements) const;
 
 private:
     class Table;
     explicit RKTRepositoryMapping(std::span<const RKTRepositoryField> fields);
 
-    /// @param room  without texts, before and afterwards; what the element's are gathered in
-    std::shared_ptr<RKTServiceRepository> repository(const RKTJSONDictionary& element,
-                                                     RKTPackedTexts& room) const;
+    struct Page;
+
+    RKTServiceArrayResult::Results repositories(std::span<const RKTJSONDictionary> elements) const;
+    /// @param page  with a new record for each element
+    void fill(Page& page, std::span<const RKTJSONDictionary> elements) const;
 
     std::unique_ptr<const Table> table_;
 };

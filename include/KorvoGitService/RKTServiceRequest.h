@@ -157,6 +157,10 @@ public:
 
     /// Empty for a page without repositories. Nothing after a failure, and when the answer was a
     /// success but not of the form that the service promises.
+    ///
+    /// The repositories of a page share their memory, which is freed when nobody keeps any of them.
+    /// So a std::weak_ptr to one lives as long as any, and std::owner_less does not tell them
+    /// apart; their addresses do.
     std::optional<Results> results() const { return get(results_); }
     void setResults(std::optional<Results> value) { set(results_, std::move(value)); }
 

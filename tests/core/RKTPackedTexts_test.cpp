@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <list>
 #include <optional>
 #include <random>
 #include <stdexcept>
@@ -43,6 +45,23 @@ Texts fill(RKTPackedTexts& packed) {
     return texts;
 }
 
+/// Texts that moved to memory of somebody else's.
+struct Moved {
+    explicit Moved(RKTPackedTexts& packed) {
+        packed.moveTo(bytes, room);
+        EXPECT_EQ(packed.standAt(bytes.data()), bytes.data() + bytes.size());
+    }
+    /// Whether a text is a view of it.
+    bool holds(std::string_view text) const {
+        const std::less_equal<const char*> isNotBehind;
+        return isNotBehind(bytes.data(), text.data()) &&
+               isNotBehind(text.data() + text.size(), bytes.data() + bytes.size());
+    }
+
+    std::string bytes;
+    RKTPackedTexts room;
+};
+
 TEST(RKTPackedTexts, AreNothingAtFirst) {
     const RKTPackedTexts packed;
     EXPECT_EQ(textsOf(packed), Texts());
@@ -76,7 +95,12 @@ TEST(RKTPackedTexts, AreTheLastThatWereSetInWhicheverOrder) {
     RKTPackedTexts packed;
     Texts texts;
     std::size_t most = 0;
+    std::list<Moved> moved;
     for (int i = 0; i < 5000; ++i) {
+        if (random() % 50 == 0) {
+            moved.emplace_back(packed);
+            most = sizeOf(texts);
+        }
         const auto number = random() % count;
         const auto letter = static_cast<char>('a' + random() % 26);
         texts[number].reset();
@@ -88,27 +112,66 @@ TEST(RKTPackedTexts, AreTheLastThatWereSetInWhicheverOrder) {
     }
 }
 
-TEST(RKTPackedTexts, ACopyTakesWhatItNeedsAndIsIndependent) {
+TEST(RKTPackedTexts, MoveWithoutAByteToSpareAndGiveTheirBlockAway) {
     RKTPackedTexts packed(10'000);
     const auto texts = fill(packed);
-    EXPECT_EQ(packed.capacity(), 10'000U);
-    const RKTPackedTexts copy(packed);
-    EXPECT_EQ(copy.capacity(), sizeOf(texts));
-    packed.set(5, "changed");
-    EXPECT_EQ(textsOf(copy), texts);
-    EXPECT_EQ(textsOf(RKTPackedTexts(RKTPackedTexts())), Texts());
+    Moved moved(packed);
+    EXPECT_EQ(moved.bytes.size(), sizeOf(texts));
+    EXPECT_EQ(packed.capacity(), 0U);
+    EXPECT_EQ(textsOf(packed), texts);
+    EXPECT_TRUE(moved.holds(packed.get(count - 1).value()));
+
+    EXPECT_EQ(moved.room.capacity(), 10'000U);
+    EXPECT_EQ(textsOf(moved.room), Texts());
+    moved.room.set(0, "another");
+    EXPECT_THAT(moved.room.get(0), Optional(std::string_view("another")));
+    EXPECT_EQ(textsOf(packed), texts);
 }
 
-TEST(RKTPackedTexts, KeepTheirBlockWhenTheyAreCleared) {
+TEST(RKTPackedTexts, OfSeveralStandOneBehindTheOther) {
+    RKTPackedTexts one;
+    RKTPackedTexts none;
+    RKTPackedTexts other;
+    const auto texts = fill(one);
+    other.set(2, "two");
+    std::string bytes = "before";
+    RKTPackedTexts room;
+    for (auto* packed : {&one, &none, &other}) packed->moveTo(bytes, room);
+    EXPECT_EQ(bytes.size(), 6 + sizeOf(texts) + 3);
+    const char* place = bytes.data() + 6;
+    for (auto* packed : {&one, &none, &other}) place = packed->standAt(place);
+    EXPECT_EQ(place, bytes.data() + bytes.size());
+    EXPECT_EQ(textsOf(one), texts);
+    EXPECT_EQ(textsOf(none), Texts());
+    EXPECT_THAT(other.get(2), Optional(std::string_view("two")));
+}
+
+TEST(RKTPackedTexts, LeaveSomebodyElsesMemoryAsItIsWithTheNextChange) {
+    for (const std::size_t number : {std::size_t{1}, count / 2, count - 1}) {
+        for (const auto& text : {std::optional<std::string>(), std::optional<std::string>("s"),
+                                 std::optional<std::string>(std::string(100, 'l'))}) {
+            RKTPackedTexts packed;
+            auto texts = fill(packed);
+            const Moved moved(packed);
+            const auto before = moved.bytes;
+            packed.set(number, text);
+            texts[number] = text;
+            EXPECT_EQ(textsOf(packed), texts);
+            EXPECT_EQ(packed.capacity(), std::max(sizeOf(texts), before.size()));
+            EXPECT_FALSE(moved.holds(packed.get(2).value()));
+            EXPECT_EQ(moved.bytes, before);
+        }
+    }
+}
+
+TEST(RKTPackedTexts, CanAllBecomeNothingInSomebodyElsesMemory) {
     RKTPackedTexts packed;
-    fill(packed);
-    const auto capacity = packed.capacity();
-    packed.clear();
+    packed.set(7, "seven");
+    const Moved moved(packed);
+    packed.set(7, std::nullopt);
     EXPECT_EQ(textsOf(packed), Texts());
-    EXPECT_EQ(packed.capacity(), capacity);
-    const auto texts = fill(packed);
-    EXPECT_EQ(textsOf(packed), texts);
-    EXPECT_EQ(packed.capacity(), capacity);
+    packed.set(7, "again");
+    EXPECT_THAT(packed.get(7), Optional(std::string_view("again")));
 }
 
 TEST(RKTPackedTexts, AreExchangedWithOthers) {

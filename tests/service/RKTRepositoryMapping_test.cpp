@@ -184,6 +184,39 @@ TEST(RKTRepositoryMapping, KeepsTheTextsOfEachRecordApartWhateverTheirLength) {
     EXPECT_EQ(repositories.back()->name(), std::nullopt);
 }
 
+RKTServiceArrayResult::Results mappedPage(std::string_view json) {
+    const auto document = RKTJSONSerialization::JSONObjectWithData(json);
+    return mapping().repositoriesWithArray(document.value().root().array().value());
+}
+
+TEST(RKTRepositoryMapping, ARecordOutlivesTheResultOfItsPage) {
+    const auto kept = mappedPage(R"([{"name": "one"}, {"name": "two"}, {"name": "three"}])")[1];
+    EXPECT_THAT(kept->name(), Optional(std::string("two")));
+}
+
+TEST(RKTRepositoryMapping, TheMemoryOfAPageIsFreedWithItsLastRecord) {
+    auto page = mappedPage(R"([{"name": "one"}, {"name": "two"}])");
+    const std::weak_ptr<Repository> first = page[0];
+    page[0].reset();
+    EXPECT_FALSE(first.expired());
+    page[1].reset();
+    EXPECT_TRUE(first.expired());
+}
+
+TEST(RKTRepositoryMapping, ARecordCanBeChangedWithoutTheOthersOfItsPage) {
+    const auto page = mappedPage(R"([{"name": "one", "full_name": "a/one"},
+        {"name": "two", "full_name": "a/two"}, {"name": "three", "full_name": "a/three"}])");
+    page[0]->setName(std::nullopt);
+    page[1]->setName("2");
+    page[1]->setName("another name, longer than the first");
+    EXPECT_EQ(page[0]->name(), std::nullopt);
+    EXPECT_THAT(page[0]->fullName(), Optional(std::string("a/one")));
+    EXPECT_THAT(page[1]->name(), Optional(std::string("another name, longer than the first")));
+    EXPECT_THAT(page[1]->fullName(), Optional(std::string("a/two")));
+    EXPECT_THAT(page[2]->name(), Optional(std::string("three")));
+    EXPECT_THAT(page[2]->fullName(), Optional(std::string("a/three")));
+}
+
 TEST(RKTRepositoryMapping, PassesOnWhatALineThrows) {
     const RKTRepositoryMapping table({
         {"name", string<&Repository::setName>},
