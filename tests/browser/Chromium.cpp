@@ -68,11 +68,6 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
 }  // namespace
 
 Chromium::Chromium(std::uint16_t port, const std::string& keyHash) {
-    std::string folder = std::filesystem::temp_directory_path() / "korvogit-browser-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "mkdtemp");
-    }
-    profile_ = folder;
     std::signal(SIGPIPE, SIG_IGN);  // a browser that is gone is an error of write(2)
     try {
         start(port, keyHash);
@@ -99,7 +94,7 @@ void Chromium::start(std::uint16_t port, const std::string& keyHash) {
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    const std::string logFile = profile_ / "log";
+    const std::string logFile = profile_.path() / "log";
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, logFile.c_str(), O_WRONLY | O_CREAT,
                                      0600);
@@ -114,9 +109,9 @@ void Chromium::start(std::uint16_t port, const std::string& keyHash) {
     posix_spawnattr_init(&attributes);
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
 
-    auto arguments = argumentsFor(port, keyHash, profile_);
-    std::vector<std::string> environment = {"HOME=" + profile_.string(), "PATH=/usr/bin:/bin",
-                                            "LC_ALL=C.UTF-8"};
+    auto arguments = argumentsFor(port, keyHash, profile_.path());
+    std::vector<std::string> environment = {"HOME=" + profile_.path().string(),
+                                            "PATH=/usr/bin:/bin", "LC_ALL=C.UTF-8"};
     const int error = posix_spawn(&process_, CHROMIUM_PROGRAM, &actions, &attributes,
                                   pointersTo(arguments).data(), pointersTo(environment).data());
     posix_spawnattr_destroy(&attributes);
@@ -137,12 +132,10 @@ void Chromium::stop() {
         kill(-process_, SIGKILL);  // with whatever is left of its session
         waitpid(process_, nullptr, 0);
     }
-    std::error_code ignored;
-    std::filesystem::remove_all(profile_, ignored);
 }
 
 std::string Chromium::log() const {
-    std::ifstream file(profile_ / "log");
+    std::ifstream file(profile_.path() / "log");
     return {std::istreambuf_iterator<char>(file), {}};
 }
 

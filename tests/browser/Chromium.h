@@ -6,9 +6,10 @@
 
 #include <chrono>
 #include <cstdint>
-#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
+
+#include "tests/helpers/TemporaryFolder.h"
 
 /// Debian's Chromium, driven over a pair of pipes by the DevTools protocol: it ends with them.
 /// Everything that it does waits for the browser's own events; nothing is waited for longer than
@@ -43,7 +44,7 @@ private:
     json receive();
     std::string log() const;
 
-    std::filesystem::path profile_;
+    const rkt::tests::TemporaryFolder profile_;
     pid_t process_ = -1;
     int toBrowser_ = -1;
     int fromBrowser_ = -1;

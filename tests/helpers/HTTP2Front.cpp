@@ -23,12 +23,6 @@ extern char** environ;
 
 namespace {
 
-std::filesystem::path makeDirectory() {
-    auto pattern = (std::filesystem::temp_directory_path() / "korvogit-http2-XXXXXX").string();
-    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary directory");
-    return pattern;
-}
-
 // nghttpx takes a number and does not tell one that it chose.
 std::uint16_t freePort() {
     const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -47,7 +41,7 @@ std::uint16_t freePort() {
 }  // namespace
 
 HTTP2Front::HTTP2Front(const emulator::CertificateAuthority& authority, std::uint16_t httpPort)
-    : directory_(makeDirectory()), port_(freePort()) {
+    : port_(freePort()) {
     writeIdentity(authority.makeLeaf(emulator::Leaf::Valid));
     spawn(httpPort);
     waitUntilListening();
@@ -56,7 +50,6 @@ HTTP2Front::HTTP2Front(const emulator::CertificateAuthority& authority, std::uin
 HTTP2Front::~HTTP2Front() {
     end();
     if (log_ >= 0) close(log_);
-    std::filesystem::remove_all(directory_);
 }
 
 void HTTP2Front::end() {
@@ -65,13 +58,14 @@ void HTTP2Front::end() {
     waitpid(std::exchange(process_, -1), nullptr, 0);
 }
 
-// A line is written when an answer is complete, which its client may know a little earlier.
+// A line is written when an answer is complete, which its client may know a little earlier; nghttpx
+// tells nobody when it has written one, so the file is looked at, for twenty seconds at most.
 std::vector<bool> HTTP2Front::resumptions(std::size_t requests) const {
     std::vector<bool> resumptions;
     for (int looks = 0; resumptions.size() < requests; ++looks) {
         if (looks == 2000) throw std::runtime_error("nghttpx does not tell what it answered");
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        std::ifstream log(directory_ / "answered");
+        std::ifstream log(directory_.path() / "answered");
         resumptions.clear();
         for (std::string line; std::getline(log, line);) resumptions.push_back(line == "h2 r");
     }
@@ -79,26 +73,27 @@ std::vector<bool> HTTP2Front::resumptions(std::size_t requests) const {
 }
 
 void HTTP2Front::writeIdentity(const emulator::Identity& identity) const {
-    std::ofstream(directory_ / "certificate.pem") << identity.certificates;
-    std::ofstream(directory_ / "key.pem") << identity.privateKey;
+    std::ofstream(directory_.path() / "certificate.pem") << identity.certificates;
+    std::ofstream(directory_.path() / "key.pem") << identity.privateKey;
 }
 
 void HTTP2Front::spawn(std::uint16_t httpPort) {
     std::array<int, 2> pipe{};
     if (pipe2(pipe.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
     log_ = pipe[0];
-    std::vector<std::string> arguments{"nghttpx",
-                                       "--conf=/dev/null",
-                                       "--single-process",
-                                       "--log-level=NOTICE",
-                                       "--no-ocsp",
-                                       "--add-forwarded=for",
-                                       "--accesslog-format=$alpn $tls_session_reused",
-                                       "--accesslog-file=" + (directory_ / "answered").string(),
-                                       "--frontend=127.0.0.1," + std::to_string(port_),
-                                       "--backend=127.0.0.1," + std::to_string(httpPort),
-                                       (directory_ / "key.pem").string(),
-                                       (directory_ / "certificate.pem").string()};
+    std::vector<std::string> arguments{
+        "nghttpx",
+        "--conf=/dev/null",
+        "--single-process",
+        "--log-level=NOTICE",
+        "--no-ocsp",
+        "--add-forwarded=for",
+        "--accesslog-format=$alpn $tls_session_reused",
+        "--accesslog-file=" + (directory_.path() / "answered").string(),
+        "--frontend=127.0.0.1," + std::to_string(port_),
+        "--backend=127.0.0.1," + std::to_string(httpPort),
+        (directory_.path() / "key.pem").string(),
+        (directory_.path() / "certificate.pem").string()};
     std::vector<char*> pointers;
     for (auto& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);

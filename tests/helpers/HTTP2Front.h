@@ -6,10 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "tests/helpers/TemporaryFolder.h"
 #include "tools/korvogit-emulator/Emulator.h"
 
 /// An nghttpx process on loopback that terminates TLS with a certificate of the authority and hands
@@ -35,7 +35,7 @@ private:
     void spawn(std::uint16_t httpPort);
     void waitUntilListening();
 
-    const std::filesystem::path directory_;
+    const rkt::tests::TemporaryFolder directory_;
     const std::uint16_t port_;
     pid_t process_ = -1;
     int log_ = -1;

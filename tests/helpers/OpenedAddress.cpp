@@ -10,11 +10,6 @@
 #include <system_error>
 
 OpenedAddress::OpenedAddress() {
-    std::string folder = std::filesystem::temp_directory_path() / "korvogit-test-XXXXXX";
-    if (mkdtemp(folder.data()) == nullptr) {
-        throw std::system_error(errno, std::generic_category(), "mkdtemp");
-    }
-    folder_ = folder;
     // Open for both directions, so that neither side waits for the other.
     if (mkfifo(pipe().c_str(), 0600) != 0 ||
         (pipe_ = open(pipe().c_str(), O_RDWR | O_CLOEXEC)) < 0) {
@@ -24,8 +19,6 @@ OpenedAddress::OpenedAddress() {
 
 OpenedAddress::~OpenedAddress() {
     close(pipe_);
-    std::error_code ignored;
-    std::filesystem::remove_all(folder_, ignored);
 }
 
 std::string OpenedAddress::command() const {

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/helpers/TemporaryFolder.h"
+
 /// A stand-in for a browser: hands the address that it is told to open to the test.
 class OpenedAddress {
 public:
@@ -17,11 +19,11 @@ public:
     /// For the variable BROWSER.
     std::string command() const;
     /// Where it hands the address over, as a line.
-    std::filesystem::path pipe() const { return folder_ / "address"; }
+    std::filesystem::path pipe() const { return folder_.path() / "address"; }
     /// @throws std::runtime_error when none comes
     std::string wait() const;
 
 private:
-    std::filesystem::path folder_;
+    const rkt::tests::TemporaryFolder folder_;
     int pipe_ = -1;
 };

@@ -15,30 +15,9 @@
 #include <string>
 #include <string_view>
 
+#include "tests/helpers/TemporaryFolder.h"
+
 namespace rkt::tests {
-
-/// A new folder that goes, with all in it, at the end of the object's life.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "korvogit-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            throw std::runtime_error("no temporary folder");
-        }
-        path_ = name;
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
 
 using Translations = std::map<std::string, std::string>;
 

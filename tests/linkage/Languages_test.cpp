@@ -13,6 +13,7 @@
 
 #include "KorvoGitService/KorvoGitService.h"
 #include "tests/helpers/StringsTable.h"
+#include "tests/helpers/TemporaryFolder.h"
 
 namespace {
 

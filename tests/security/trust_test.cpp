@@ -7,6 +7,7 @@
 
 #include "tests/helpers/Program.h"
 #include "tests/helpers/Services.h"
+#include "tests/helpers/TemporaryFolder.h"
 #include "tests/security/Planted.h"
 
 namespace {
@@ -18,25 +19,13 @@ using testing::SizeIs;
 /// A home with all the files that other programs would take orders or accounts from.
 class HostileHome {
 public:
-    HostileHome() {
-        std::string folder = std::filesystem::temp_directory_path() / "korvogit-test-XXXXXX";
-        if (mkdtemp(folder.data()) == nullptr) throw std::runtime_error("mkdtemp");
-        folder_ = folder;
-    }
-    ~HostileHome() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-    HostileHome(const HostileHome&) = delete;
-    HostileHome& operator=(const HostileHome&) = delete;
-
-    std::string path() const { return folder_.string(); }
+    std::string path() const { return folder_.path().string(); }
     void write(const std::string& name, const std::string& text) const {
-        std::ofstream(folder_ / name) << text;
+        std::ofstream(folder_.path() / name) << text;
     }
 
 private:
-    std::filesystem::path folder_;
+    const rkt::tests::TemporaryFolder folder_;
 };
 
 class Trust : public testing::Test {

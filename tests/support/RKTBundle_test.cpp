@@ -18,6 +18,7 @@
 #include "support/LibraryBundle.h"
 #include "support/ResourcePath.h"
 #include "tests/helpers/StringsTable.h"
+#include "tests/helpers/TemporaryFolder.h"
 
 namespace {
 
