@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <KorvoGitService/RKTException.h>
 #include <KorvoGitService/RKTService.h>
 
 #include <chrono>
@@ -29,6 +30,17 @@ public:
         return RKTURL::URLWithString(tokenEndpoint).value();
     }
 };
+
+/// The reason of the misuse; empty when there is none.
+template <class Operation>
+std::string misuse(Operation operation) {
+    try {
+        operation();
+    } catch (const RKTInvalidArgumentException& exception) {
+        return exception.what();
+    }
+    return "";
+}
 
 /// A record for signing in with nothing of the sign-in set.
 inline std::shared_ptr<RKTServiceCredentials> emptySignIn() {

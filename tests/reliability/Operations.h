@@ -5,6 +5,8 @@
 #include <KorvoGitService/RKTService.h>
 
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -21,6 +23,14 @@ const char* nameOf(Operation operation);
 inline void PrintTo(Operation operation, std::ostream* stream) {
     *stream << nameOf(operation);
 }
+
+/// Zero for none.
+inline std::int64_t codeOf(const std::optional<RKTError>& error) {
+    return error ? error->code() : 0;
+}
+
+/// How long to wait for what must come.
+inline constexpr auto patience = std::chrono::seconds(20);
 
 /// Answers all three operations well, under every host's name.
 void answerEverybody(emulator::Server& server);

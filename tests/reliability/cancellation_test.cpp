@@ -17,8 +17,6 @@ using emulator::Gate;
 using emulator::HoldStage;
 using emulator::RawAnswer;
 
-constexpr auto patience = std::chrono::seconds(20);
-
 /// Where a task is kept. Its constructor prepares the scene.
 class Stage {
 public:

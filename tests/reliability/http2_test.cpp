@@ -15,10 +15,6 @@ namespace {
 namespace faults = emulator::faults;
 using E = RKTError;
 
-std::int64_t code(const std::optional<RKTError>& error) {
-    return error ? error->code() : 0;
-}
-
 class FaultsOverHTTP2 : public testing::TestWithParam<Operation> {
 protected:
     Scene scene;
@@ -41,7 +37,7 @@ protected:
 TEST_P(FaultsOverHTTP2, AStreamThatIsCutOffIsALostConnectionAndNoMoreThanThat) {
     scene.server.fault({}, faults::cutOffBody(), 1);
     Asker asker(GetParam());
-    EXPECT_EQ(code(asker.ask()), E::NSURLErrorNetworkConnectionLost);
+    EXPECT_EQ(codeOf(asker.ask()), E::NSURLErrorNetworkConnectionLost);
     EXPECT_EQ(asker.ask(), std::nullopt);
     EXPECT_EQ(rkt::sharedLoader().exchangesUnderWay(), 0U);
     EXPECT_TRUE(asker.endsWithoutRest());
@@ -59,7 +55,7 @@ TEST_P(FaultsOverHTTP2, ABodyHasTheSameLimit) {
         scene.server.script(
             {}, emulator::jsonAnswer(200, empty + std::string(size - empty.size(), ' ')));
         const std::int64_t tooLong = E::NSURLErrorDataLengthExceedsMaximum;
-        EXPECT_EQ(code(asker.ask()), size > limit ? tooLong : 0);
+        EXPECT_EQ(codeOf(asker.ask()), size > limit ? tooLong : 0);
     }
     expectHTTP2();
 }

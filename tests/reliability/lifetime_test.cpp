@@ -42,7 +42,6 @@ protected:
         EXPECT_EQ(outcomes.count(), calls);
         EXPECT_TRUE(alive.expired());
     }
-    static std::int64_t code(const Error& error) { return error ? error->code() : 0; }
 };
 
 TEST_F(Lifetime, AServiceThatNobodyHoldsFinishesItsWorkAndIsGone) {
@@ -66,7 +65,7 @@ TEST_F(Lifetime, AServiceThatIsEndedWhileItDrainsCancelsTheRest) {
     service->finishTasksAndInvalidate();
     service->invalidateAndCancel();
     service.reset();
-    EXPECT_EQ(code(outcomes.first()), RKTError::NSURLErrorCancelled);
+    EXPECT_EQ(codeOf(outcomes.first()), RKTError::NSURLErrorCancelled);
     expectTheEndAfter(1);
 }
 
@@ -88,7 +87,7 @@ TEST_P(EndedInsideAHandler, AServiceIsGoneOnceItsOtherWorkHasEnded) {
     const bool cancels = GetParam() == &RKTService::invalidateAndCancel;
     if (!cancels) hold.release();
     EXPECT_EQ(outcomes.first().has_value(), cancels);
-    EXPECT_EQ(code(outcomes.first()) == RKTError::NSURLErrorCancelled, cancels);
+    EXPECT_EQ(codeOf(outcomes.first()) == RKTError::NSURLErrorCancelled, cancels);
     expectTheEndAfter(1);
 }
 
@@ -99,7 +98,7 @@ TEST_P(EndedInsideAHandler, NewWorkIsCancelledOutsideTheCallThatStartsIt) {
         EXPECT_EQ(outcomes.count(), 0U);
         service.reset();
     });
-    EXPECT_EQ(code(outcomes.first()), RKTError::NSURLErrorCancelled);
+    EXPECT_EQ(codeOf(outcomes.first()), RKTError::NSURLErrorCancelled);
     expectTheEndAfter(1);
     EXPECT_EQ(origin.server.requestCount(), 1U);
 }

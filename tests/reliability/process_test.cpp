@@ -21,7 +21,6 @@ using emulator::HoldStage;
 
 constexpr int inOrder = 7;
 constexpr int notReached = 2;
-constexpr auto patience = std::chrono::seconds(20);
 
 // Exit
 // ------------------------------------------------------------------------------------------------

@@ -15,10 +15,6 @@ using emulator::CertificateAuthority;
 using emulator::Leaf;
 using E = RKTError;
 
-std::int64_t code(const std::optional<RKTError>& error) {
-    return error ? error->code() : 0;
-}
-
 // Several addresses
 // ------------------------------------------------------------------------------------------------
 
@@ -30,7 +26,7 @@ protected:
         Names::set("both.test", {"127.0.0.2", "127.0.0.1"});
         scene.connectTo("both.test", scene.server.httpsPort());
     }
-    static std::int64_t ask() { return code(Asker(GetParam()).ask()); }
+    static std::int64_t ask() { return codeOf(Asker(GetParam()).ask()); }
 };
 
 TEST_P(TwoAddresses, TheSecondIsTakenWhenTheFirstRefuses) {
@@ -78,7 +74,7 @@ protected:
         scene.gateway.leadTo(scene.proxy.port(), identity);
         scene.settings.certificateAuthorityFile = trust.string();
         scene.goThroughProxy(scene.gateway.port(), "https");
-        return code(Asker(GetParam()).ask());
+        return codeOf(Asker(GetParam()).ask());
     }
     void expectThatNothingCameThrough() const {
         EXPECT_TRUE(scene.proxy.requests().empty());
@@ -127,7 +123,7 @@ protected:
         const Asker asker(operation);
         EXPECT_EQ(asker.ask(), std::nullopt);
         scene.server.fault({}, fault, 1);
-        return code(asker.ask());
+        return codeOf(asker.ask());
     }
 };
 

@@ -316,17 +316,6 @@ TEST_F(OAuth2AccessError, IsAnsweredByTheAbstractClassToo) {
     EXPECT_EQ(made->code(), 2000);
 }
 
-/// The reason of the misuse; empty when there is none.
-template <class Operation>
-std::string misuse(Operation operation) {
-    try {
-        operation();
-    } catch (const RKTInvalidArgumentException& exception) {
-        return exception.what();
-    }
-    return "";
-}
-
 TEST(OAuth2Misuse, TheAbstractClassMakesNoAuthorizeURL) {
     EXPECT_EQ(misuse([] {
                   RKTService::serviceClass()->OAuth2AuthorizeURLForCredentials(*filledSignIn());

@@ -184,16 +184,6 @@ TEST_F(OAuth2TokenResponse, AnswersTheSameWhenNobodyWantsTheReason) {
     EXPECT_TRUE(service.updateCredentials(*credentials, JSON, "{}"));
 }
 
-template <class Operation>
-std::string misuse(Operation operation) {
-    try {
-        operation();
-    } catch (const RKTInvalidArgumentException& exception) {
-        return exception.what();
-    }
-    return "";
-}
-
 TEST(OAuth2TokenMisuse, TheAbstractClassMakesNoRequest) {
     EXPECT_EQ(misuse([] {
                   RKTService::serviceClass()->OAuth2AccessTokenRequestForCredentials(

@@ -16,9 +16,9 @@ using testing::Key;
 using testing::Optional;
 
 /// As little as an adapter has to say.
-class OwnService : public RKTRESTService {
+class OwnRESTService : public RKTRESTService {
 public:
-    explicit OwnService(Initializer initializer) : RKTRESTService(initializer) {}
+    explicit OwnRESTService(Initializer initializer) : RKTRESTService(initializer) {}
 
 protected:
     std::optional<RKTURLComponents> componentsForPath(const RKTServiceCredentials& credentials,
@@ -51,9 +51,9 @@ protected:
 };
 
 /// The other ways to do it.
-class OtherService : public OwnService {
+class OtherService : public OwnRESTService {
 public:
-    using OwnService::OwnService;
+    using OwnRESTService::OwnRESTService;
 
 protected:
     std::string acceptHeader() const override { return "application/own"; }
@@ -77,7 +77,7 @@ protected:
         return credentialsFor("Own", origin.server.httpsURL(), "u", "p");
     }
     std::shared_ptr<RKTService> ownService() const {
-        return endedWithItsLastUse(RKTService::make<OwnService>(credentials()));
+        return endedWithItsLastUse(RKTService::make<OwnRESTService>(credentials()));
     }
     std::shared_ptr<RKTService> otherService() const {
         return endedWithItsLastUse(RKTService::make<OtherService>(credentials()));
@@ -373,7 +373,7 @@ TEST_F(RKTRESTServiceTest, ReportsACancelledListingInItsResult) {
 
 TEST_F(RKTRESTServiceTest, EndsWorkUnderWayWithItsSession) {
     auto hold = origin.server.hold({});
-    auto service = RKTService::make<OwnService>(credentials());
+    auto service = RKTService::make<OwnRESTService>(credentials());
     const auto errors = std::make_shared<Awaited<std::optional<RKTError>>>();
     const auto put = [errors](auto error) { errors->put(std::move(error)); };
     service->validateCredentialsWithCompletionHandler(put);
@@ -389,7 +389,7 @@ TEST_F(RKTRESTServiceTest, EndsWorkUnderWayWithItsSession) {
 TEST_F(RKTRESTServiceTest, FinishesWorkUnderWayWithoutItsOwner) {
     answer(200, "{}");
     auto hold = origin.server.hold({});
-    auto service = RKTService::make<OwnService>(credentials());
+    auto service = RKTService::make<OwnRESTService>(credentials());
     const std::weak_ptr<RKTService> weak = service;
     const auto errors = std::make_shared<Awaited<std::optional<RKTError>>>();
     service->validateCredentialsWithCompletionHandler(
@@ -425,7 +425,7 @@ TEST_F(RKTRESTServiceTest, RunsHandlersOnItsSessionsQueueOneAtATime) {
 
 TEST_F(RKTRESTServiceTest, LetsAHandlerEndTheServiceAndGoOn) {
     answer(200, "{}");
-    auto service = RKTService::make<OwnService>(credentials());
+    auto service = RKTService::make<OwnRESTService>(credentials());
     const std::weak_ptr<RKTService> weak = service;
     const auto queue = service->URLSession()->delegateQueue();
     const auto second = std::make_shared<Awaited<std::optional<RKTError>>>();

@@ -96,11 +96,11 @@ TEST(RKTScanner, FindsALongerStopInAnyCase) {
     EXPECT_TRUE(scanner.scanString("rel="));
 }
 
-using Pair = std::pair<std::string, std::string>;
+using NameAndTarget = std::pair<std::string, std::string>;
 
 /// The names and targets of a `Link` header (RFC 8288), as far as the scanner gets.
-std::vector<Pair> linksOf(std::string_view header) {
-    std::vector<Pair> links;
+std::vector<NameAndTarget> linksOf(std::string_view header) {
+    std::vector<NameAndTarget> links;
     RKTScanner scanner(header);
     while (scanner.scanString("<")) {
         const auto target = scanner.scanUpToString(">");
@@ -124,7 +124,7 @@ TEST(RKTScanner, ReadsTheLinkHeadersOfTheCorpus) {
         SCOPED_TRACE(line["id"]);
         if (line["header"].is_null()) continue;
         EXPECT_EQ(linksOf(line["header"].get<std::string>()),
-                  line["pairs"].get<std::vector<Pair>>());
+                  line["pairs"].get<std::vector<NameAndTarget>>());
     }
 }
 

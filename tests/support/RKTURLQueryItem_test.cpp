@@ -8,6 +8,7 @@
 #include "KorvoGitService/KorvoCore.h"
 #include "KorvoGitService/RKTURLComponents.h"
 #include "tests/helpers/Corpus.h"
+#include "tests/helpers/URLs.h"
 
 namespace {
 
@@ -18,10 +19,6 @@ using testing::Optional;
 using testing::Pair;
 
 using Items = std::vector<RKTURLQueryItem>;
-
-RKTURL URL(std::string_view text) {
-    return RKTURL::URLWithString(text).value();
-}
 
 std::optional<Items> itemsOf(std::string_view text) {
     return RKTURLComponents::componentsWithURL(URL(text)).value().queryItems();

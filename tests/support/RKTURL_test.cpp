@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/helpers/Corpus.h"
+#include "tests/helpers/URLs.h"
 
 namespace {
 
@@ -15,10 +16,6 @@ using namespace std::literals;
 using rkt::tests::textOrNothing;
 using testing::Eq;
 using testing::Optional;
-
-RKTURL URL(std::string_view text) {
-    return RKTURL::URLWithString(text).value();
-}
 
 /// Where platform versions differ, and so may this.
 const std::set<std::string> textsNotAgreedUpon{

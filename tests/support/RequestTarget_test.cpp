@@ -5,14 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "tests/helpers/URLs.h"
+
 namespace {
 
 using rkt::RequestTarget;
 using rkt::TargetProblem;
-
-RKTURL URL(std::string_view text) {
-    return RKTURL::URLWithString(text).value();
-}
 
 RequestTarget target(std::string_view text) {
     return std::get<RequestTarget>(rkt::requestTarget(URL(text)));

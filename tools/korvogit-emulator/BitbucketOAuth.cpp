@@ -2,19 +2,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Joined.h"
+
 namespace emulator {
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-std::string joined(const std::vector<std::string>& scopes) {
-    std::string text;
-    for (const auto& scope : scopes) {
-        text += (text.empty() ? "" : " ") + scope;
-    }
-    return text;
-}
 
 }  // namespace
 
@@ -47,7 +41,7 @@ OAuthService::Refusal BitbucketOAuth::refusal(Problem problem) const {
 Answer BitbucketOAuth::tokenAnswer(const Request&, const Issued& issued) const {
     return jsonAnswer(200,
                       Json{{"access_token", issued.token},
-                           {"scopes", joined(issued.scopes)},
+                           {"scopes", joined(issued.scopes, " ")},
                            {"token_type", "bearer"},
                            {"expires_in", provider().tokenLifetime},
                            {"state", issued.isRefresh ? "refresh_token" : "authorization_code"},

@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <variant>
 
+#include "Joined.h"
+
 namespace emulator {
 
 namespace {
@@ -26,14 +28,6 @@ Answer answerWith(const Request& request, const std::vector<Member>& members) {
     auto answer = textAnswer(200, formText(items));
     answer.headers.set("Content-Type", "application/x-www-form-urlencoded; charset=utf-8");
     return answer;
-}
-
-std::string joined(const std::vector<std::string>& scopes) {
-    std::string text;
-    for (const auto& scope : scopes) {
-        text += (text.empty() ? "" : ",") + scope;
-    }
-    return text;
 }
 
 std::string pageOf(const std::string& part) {
@@ -88,7 +82,7 @@ Answer GitHubOAuth::tokenAnswer(const Request& request, const Issued& issued) co
         members.emplace_back("refresh_token", *issued.refreshToken);
         members.emplace_back("refresh_token_expires_in", provider().refreshTokenLifetime);
     }
-    members.emplace_back("scope", joined(issued.scopes));
+    members.emplace_back("scope", joined(issued.scopes, ","));
     members.emplace_back("token_type", "bearer");
     return answerWith(request, members);
 }

@@ -9,6 +9,7 @@
 #include "Digest.h"
 #include "GitHubListing.h"
 #include "GitHubRecords.h"
+#include "Joined.h"
 #include "Paging.h"
 
 namespace emulator {
@@ -60,14 +61,6 @@ std::string organizationIds(const Account& account) {
     std::string text;
     for (const auto id : ids) {
         text += (text.empty() ? "" : ",") + std::to_string(id);
-    }
-    return text;
-}
-
-std::string joined(const std::vector<std::string>& words) {
-    std::string text;
-    for (const auto& word : words) {
-        text += (text.empty() ? "" : ", ") + word;
     }
     return text;
 }
@@ -131,7 +124,7 @@ Answer GitHubService::authenticated(const Request& request, const Accounts::Hold
     } else {
         answer = route(request, holder);
     }
-    answer.headers.add("X-OAuth-Scopes", joined(holder.token->scopes));
+    answer.headers.add("X-OAuth-Scopes", joined(holder.token->scopes, ", "));
     answer.headers.add("X-Accepted-OAuth-Scopes", "");
     if (holder.token->expires) {
         answer.headers.add("GitHub-Authentication-Token-Expiration",

@@ -35,8 +35,8 @@ namespace {
 
 constexpr const char* callbackPath = "/callback";
 
-struct Options {
-    explicit Options(CLI::App& command);
+struct LoginOptions {
+    explicit LoginOptions(CLI::App& command);
 
     OAuthOptions oauth;
     NetworkOptions network;
@@ -47,7 +47,7 @@ struct Options {
     Format format;
 };
 
-Options::Options(CLI::App& command) : oauth(command), network(command) {
+LoginOptions::LoginOptions(CLI::App& command) : oauth(command), network(command) {
     oauth.clientIDOption()->required();
     command.add_option("--port", port, "Port on 127.0.0.1 to wait on; default: a free one")
         ->check(CLI::Range(1, 65535))
@@ -102,7 +102,7 @@ std::string sentenceForPort(int port, const std::string& reason) {
 /// One run of the command.
 class Login {
 public:
-    explicit Login(const Options& options)
+    explicit Login(const LoginOptions& options)
         : options_(options), service_(options.oauth.serviceName()) {}
 
     int run();
@@ -117,7 +117,7 @@ private:
     void show(const RKTURL& url) const;
     int listRepositories() const;
 
-    const Options& options_;
+    const LoginOptions& options_;
     const std::string service_;
     std::unique_ptr<SignalWatch> signals_;
     std::shared_ptr<RKTServiceCredentials> credentials_;
@@ -283,7 +283,7 @@ int Login::listRepositories() const {
 
 void addLoginCommand(CLI::App& program, Action& chosen) {
     CLI::App& command = *program.add_subcommand("login", "Sign in with OAuth2 in your browser");
-    const auto options = std::make_shared<Options>(command);
+    const auto options = std::make_shared<LoginOptions>(command);
     command.footer(
         "The client secret comes from the variable KORVOGIT_CLIENT_SECRET. The token is shown "
         "with\n"

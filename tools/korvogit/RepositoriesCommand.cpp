@@ -19,8 +19,8 @@ namespace {
 
 using Page = std::shared_ptr<RKTServiceArrayResult>;
 
-struct Options {
-    explicit Options(CLI::App& command);
+struct RepositoriesOptions {
+    explicit RepositoriesOptions(CLI::App& command);
     void check() const;
 
     AccountOptions account;
@@ -31,7 +31,7 @@ struct Options {
     bool all = false;
 };
 
-Options::Options(CLI::App& command)
+RepositoriesOptions::RepositoriesOptions(CLI::App& command)
     : account(command), network(command), request(command), properties(command) {
     command.add_flag("--all", all, "List all pages, not one")
         ->group("Selection")
@@ -39,7 +39,7 @@ Options::Options(CLI::App& command)
     addFormatOption(command, format, {Format::Table, Format::Json, Format::Csv, Format::JsonLines});
 }
 
-void Options::check() const {
+void RepositoriesOptions::check() const {
     const auto& asked = *request.request();
     if (all && asked.page()) throw CLI::ExcludesError("--all", "--page");
     // Where pages are counted in repositories, what came times the length must not overflow.
@@ -57,7 +57,7 @@ void Options::check() const {
 /// One run of the command.
 class Listing {
 public:
-    explicit Listing(const Options& options);
+    explicit Listing(const RepositoriesOptions& options);
     int run() { return options_.all ? listAll() : listPage(); }
 
 private:
@@ -67,14 +67,14 @@ private:
     int listPage();
     int listAll();
 
-    const Options& options_;
+    const RepositoriesOptions& options_;
     const std::string service_;
     const std::shared_ptr<RKTServiceCredentials> credentials_;
     const std::unique_ptr<ListingOutput> output_;
     Conversation conversation_;
 };
 
-Listing::Listing(const Options& options)
+Listing::Listing(const RepositoriesOptions& options)
     : options_(options),
       service_(options.account.serviceName()),
       credentials_(options.account.credentials()),
@@ -153,7 +153,7 @@ int Listing::listAll() {
 void addRepositoriesCommand(CLI::App& program, Action& chosen) {
     CLI::App& command = *program.add_subcommand(
         "repositories", "List one page of the account's repositories, or all");
-    const auto options = std::make_shared<Options>(command);
+    const auto options = std::make_shared<RepositoriesOptions>(command);
     command.footer(
         "Examples:\n"
         "  KORVOGIT_TOKEN=... korvogit repositories --service GitHub --user octocat \\\n"

@@ -9,6 +9,7 @@
 #include "Command.h"
 #include "ExitStatus.h"
 #include "Format.h"
+#include "Joined.h"
 #include "Json.h"
 #include "StandardStreams.h"
 #include "Table.h"
@@ -16,12 +17,6 @@
 namespace korvogit {
 
 namespace {
-
-std::string joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const auto& text : texts) all += (all.empty() ? "" : ", ") + text;
-    return all;
-}
 
 std::string servicesTable() {
     Table table({{"TYPE"}, {"NAME"}, {"ADDRESS"}, {"CREDENTIALS"}, {"ABOUT TOKENS"}});

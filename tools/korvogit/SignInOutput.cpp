@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "DisplayText.h"
+#include "Joined.h"
 
 namespace korvogit {
 
@@ -40,12 +41,6 @@ std::string expiryText(const std::optional<RKTDate>& expiryDate) {
                   static_cast<int>(time.minutes().count()),
                   static_cast<int>(time.seconds().count()));
     return text.data();
-}
-
-std::string joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const auto& text : texts) all += (all.empty() ? "" : ", ") + text;
-    return all;
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ namespace korvogit {
 
 namespace {
 
-struct Options {
-    explicit Options(CLI::App& command) : account(command), network(command) {
+struct ValidateOptions {
+    explicit ValidateOptions(CLI::App& command) : account(command), network(command) {
         addFormatOption(command, format, {Format::Table, Format::Json});
     }
 
@@ -22,7 +22,7 @@ struct Options {
     Format format;
 };
 
-int run(const Options& options) {
+int run(const ValidateOptions& options) {
     const bool forPeople = options.format == Format::Table;
     const auto [error, signal] = ask<std::optional<RKTError>>(
         options.account, options.network, forPeople, [](RKTService& service, const auto& handler) {
@@ -43,7 +43,7 @@ int run(const Options& options) {
 void addValidateCommand(CLI::App& program, Action& chosen) {
     CLI::App& command =
         *program.add_subcommand("validate", "Ask a service whether it accepts the credentials");
-    const auto options = std::make_shared<Options>(command);
+    const auto options = std::make_shared<ValidateOptions>(command);
     command.footer(
         "Examples:\n"
         "  KORVOGIT_TOKEN=... korvogit validate --service GitHub --user octocat\n"

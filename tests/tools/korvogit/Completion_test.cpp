@@ -49,7 +49,7 @@ Help helpOf(const Arguments& command) {
     static const std::regex subcommand("  (\\w[\\w-]*) .*");
     Help help;
     bool amongSubcommands = false;
-    for (const auto& line : lines(run(korvogit(command + Arguments{"--help"})).output)) {
+    for (const auto& line : lines(run(commandLine(command + Arguments{"--help"})).output)) {
         std::smatch match;
         if (!line.starts_with(' ')) amongSubcommands = line == "Subcommands:";
         if (std::regex_match(line, match, option)) help.options.insert(match[1]);
@@ -130,7 +130,7 @@ Names offeredValues(const Arguments& command, const std::string& option) {
 
 /// What the program names in its refusal of another value.
 Names acceptedValues(const Arguments& command, const std::string& option) {
-    const std::string refusal = run(korvogit(command + Arguments{option, "?"})).error;
+    const std::string refusal = run(commandLine(command + Arguments{option, "?"})).error;
     const std::string sentence = std::regex_replace(
         refusal.substr(0, refusal.find('\n')), std::regex(".*(must be one of|must be|are) "), "");
     Names names = words(sentence, " ,|.");

@@ -18,7 +18,7 @@ inline Arguments operator+(Arguments left, const Arguments& right) {
     return left;
 }
 
-inline Launch korvogit(Arguments arguments) {
+inline Launch commandLine(Arguments arguments) {
     return {.program = KORVOGIT_PROGRAM, .arguments = std::move(arguments)};
 }
 
@@ -37,7 +37,7 @@ protected:
 
     /// With octavia's token in the environment.
     Launch launch(Arguments arguments) const {
-        Launch launch = korvogit(std::move(arguments));
+        Launch launch = commandLine(std::move(arguments));
         launch.environment["KORVOGIT_TOKEN"] = "demo-token-octavia";
         return launch;
     }

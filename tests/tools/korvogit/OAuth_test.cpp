@@ -275,19 +275,19 @@ TEST_F(KorvogitOAuth, SendsTheSecretInTheBodyOnly) {
 
 TEST_F(KorvogitOAuth, TakesNoSecretFromAnArgument) {
     const Ended ended =
-        run(korvogit({"oauth", "token", "--service", "GitHub", "--client-secret", "my-secret"}));
+        run(commandLine({"oauth", "token", "--service", "GitHub", "--client-secret", "my-secret"}));
     EXPECT_EQ(ended.status, 2);
     EXPECT_THAT(ended.error, Not(HasSubstr("my-secret")));
     EXPECT_THAT(ended.error, HasSubstr("but from the variable KORVOGIT_CLIENT_SECRET.\n"));
-    EXPECT_THAT(run(korvogit({"login", "--client-secret", "my-secret"})).error,
+    EXPECT_THAT(run(commandLine({"login", "--client-secret", "my-secret"})).error,
                 HasSubstr("but from the variable KORVOGIT_CLIENT_SECRET.\n"));
 }
 
 TEST_F(KorvogitOAuth, CallsEachSecretByItsName) {
     const Arguments exchange = {"oauth", "token", "--service", "GitHub", "--code-stdin"};
-    EXPECT_THAT(run(korvogit(exchange)).error,
+    EXPECT_THAT(run(commandLine(exchange)).error,
                 StartsWith("korvogit: There is no code on standard input.\n"));
-    EXPECT_THAT(run(korvogit(exchange + Arguments{"--refresh"})).error,
+    EXPECT_THAT(run(commandLine(exchange + Arguments{"--refresh"})).error,
                 StartsWith("korvogit: There is no refresh token on standard input.\n"));
     EXPECT_THAT(run(withSecret(exchange, "a\nb")).error,
                 HasSubstr("The client secret from KORVOGIT_CLIENT_SECRET has a line end"));
@@ -305,10 +305,11 @@ TEST_F(KorvogitOAuth, BreaksOffAnExchange) {
 }
 
 TEST_F(KorvogitOAuth, NeedsAStep) {
-    const Ended ended = run(korvogit({"oauth"}));
+    const Ended ended = run(commandLine({"oauth"}));
     EXPECT_EQ(ended.status, 2);
     EXPECT_THAT(ended.error, HasSubstr("korvogit oauth --help"));
-    EXPECT_THAT(run(korvogit({"oauth", "token"})).error, HasSubstr("korvogit oauth token --help"));
+    EXPECT_THAT(run(commandLine({"oauth", "token"})).error,
+                HasSubstr("korvogit oauth token --help"));
 }
 
 }  // namespace

@@ -197,7 +197,7 @@ TEST_F(KorvogitRepositories, PassesNumbersOnAsTheyAre) {
 
 TEST_F(KorvogitRepositories, SaysThatAServiceCannotBeAskedYetAsJSON) {
     const Ended ended =
-        run(korvogit({"repositories", "--service", "AzureDevOpsServer", "--format", "json"}));
+        run(commandLine({"repositories", "--service", "AzureDevOpsServer", "--format", "json"}));
     EXPECT_EQ(ended.status, 1);
     const auto page = json::parse(ended.output);
     EXPECT_EQ(page.at("error").at("domain"), "RKTInvalidArgumentException");

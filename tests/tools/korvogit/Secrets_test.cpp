@@ -14,7 +14,7 @@ class KorvogitSecrets : public KorvogitTest {
 protected:
     /// Validates with this standard input.
     Ended validateWithInput(std::string input) {
-        Launch launch = korvogit(Arguments{"validate", "--token-stdin"} + account());
+        Launch launch = commandLine(Arguments{"validate", "--token-stdin"} + account());
         launch.input = std::move(input);
         return run(launch);
     }
@@ -69,7 +69,7 @@ TEST_F(KorvogitSecrets, WithALineEndOrNulInsideAreRefused) {
         expectNothingToldIn(ended);
     }
     for (const char* end : {"\nx", "\rx", "\n"}) {
-        Launch launch = korvogit(Arguments{"validate"} + account());
+        Launch launch = commandLine(Arguments{"validate"} + account());
         launch.environment["KORVOGIT_TOKEN"] = std::string(secret) + end;
         const Ended ended = run(launch);
         EXPECT_EQ(ended.status, 2);
@@ -98,7 +98,7 @@ TEST_F(KorvogitSecrets, AreNotReadWithoutEnd) {
 TEST_F(KorvogitSecrets, AreNotTakenFromArgumentsNorRepeated) {
     for (const Arguments& wrong :
          {Arguments{"--token", secret}, Arguments{std::string("--token=") + secret}}) {
-        const Ended ended = run(korvogit(Arguments{"validate"} + account() + wrong));
+        const Ended ended = run(commandLine(Arguments{"validate"} + account() + wrong));
         EXPECT_EQ(ended.status, 2);
         EXPECT_THAT(ended.error, HasSubstr("There is no such option: --token."));
         EXPECT_THAT(ended.error, HasSubstr("KORVOGIT_TOKEN or with --token-stdin"));
@@ -109,7 +109,7 @@ TEST_F(KorvogitSecrets, AreNotTakenFromArgumentsNorRepeated) {
           Arguments{std::string("--token-stdin=") + secret},
           Arguments{"--url", std::string("https://me:") + secret + "@a b"},
           Arguments{"--proxy", std::string("ftp://me:") + secret + "@proxy"}}) {
-        const Ended ended = run(korvogit(Arguments{"validate"} + account() + wrong));
+        const Ended ended = run(commandLine(Arguments{"validate"} + account() + wrong));
         EXPECT_EQ(ended.status, 2);
         expectNothingToldIn(ended);
     }
@@ -119,7 +119,7 @@ TEST_F(KorvogitSecrets, StandInNoErrorOfAServiceOrOfTheNetwork) {
     using namespace emulator;
     const auto check = [this] {
         for (const char* format : {"table", "json"}) {
-            Launch launch = korvogit(Arguments{"repositories", "--format", format} + account());
+            Launch launch = commandLine(Arguments{"repositories", "--format", format} + account());
             launch.environment["KORVOGIT_TOKEN"] = secret;
             const Ended ended = run(launch);
             EXPECT_EQ(ended.status, 1);

@@ -11,7 +11,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 TEST(KorvogitServices, PrintsWhatEachClassAnswersAsJSON) {
-    const Ended ended = run(korvogit({"services", "--format", "json"}));
+    const Ended ended = run(commandLine({"services", "--format", "json"}));
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.error, "");
     const auto services = nlohmann::ordered_json::parse(ended.output);
@@ -28,7 +28,7 @@ TEST(KorvogitServices, PrintsWhatEachClassAnswersAsJSON) {
 }
 
 TEST(KorvogitServices, PrintsATable) {
-    const Ended ended = run(korvogit({"services"}));
+    const Ended ended = run(commandLine({"services"}));
     EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.output, StartsWith("TYPE "));
     EXPECT_THAT(ended.output, AllOf(HasSubstr("\nGitHub             GitHub "),
@@ -36,7 +36,7 @@ TEST(KorvogitServices, PrintsATable) {
 }
 
 TEST(KorvogitHelp, ShowsWhereTheSecretComesFromAndExamples) {
-    const Ended ended = run(korvogit({"--help"}));
+    const Ended ended = run(commandLine({"--help"}));
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(ended.error, "");
     EXPECT_THAT(ended.output,
@@ -45,7 +45,7 @@ TEST(KorvogitHelp, ShowsWhereTheSecretComesFromAndExamples) {
 }
 
 TEST(KorvogitHelp, OfASubcommandNamesItsOptions) {
-    const Ended ended = run(korvogit({"repositories", "--help"}));
+    const Ended ended = run(commandLine({"repositories", "--help"}));
     EXPECT_EQ(ended.status, 0);
     for (const char* option :
          {"--service", "--url", "--user", "--credential-type", "--token-stdin", "--page",
@@ -56,7 +56,7 @@ TEST(KorvogitHelp, OfASubcommandNamesItsOptions) {
 }
 
 TEST(KorvogitVersion, IsThatOfTheProject) {
-    const Ended ended = run(korvogit({"--version"}));
+    const Ended ended = run(commandLine({"--version"}));
     EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.output, testing::MatchesRegex("korvogit [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }

@@ -20,7 +20,7 @@ protected:
     }
 
     static Launch withSecret(Arguments arguments, const std::string& secret = "demo-secret") {
-        Launch launch = korvogit(std::move(arguments));
+        Launch launch = commandLine(std::move(arguments));
         launch.environment["KORVOGIT_CLIENT_SECRET"] = secret;
         return launch;
     }

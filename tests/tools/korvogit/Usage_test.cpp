@@ -24,7 +24,7 @@ void PrintTo(const Wrong& wrong, std::ostream* stream) {
 class KorvogitUsage : public testing::TestWithParam<Wrong> {};
 
 TEST_P(KorvogitUsage, IsRefusedWithASentenceAndStatus2) {
-    const Ended ended = run(korvogit(GetParam().arguments));
+    const Ended ended = run(commandLine(GetParam().arguments));
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.output, "");
     EXPECT_THAT(ended.error, AllOf(StartsWith("korvogit: "), HasSubstr(GetParam().sentence),

@@ -123,13 +123,13 @@ TEST_F(KorvogitValidate, WarnsWhenAServersAddressIsMissing) {
 }
 
 TEST_F(KorvogitValidate, SaysWhichServiceCannotBeAskedYet) {
-    const Ended told = run(korvogit({"validate", "--service", "AzureDevOps"}));
+    const Ended told = run(commandLine({"validate", "--service", "AzureDevOps"}));
     EXPECT_EQ(told.status, 1);
     EXPECT_EQ(told.output, "");
     EXPECT_THAT(told.error, StartsWith("korvogit: Azure DevOps cannot be asked yet"));
 
     const Ended printed =
-        run(korvogit({"validate", "--service", "AzureDevOps", "--format", "json"}));
+        run(commandLine({"validate", "--service", "AzureDevOps", "--format", "json"}));
     EXPECT_EQ(printed.status, 1);
     EXPECT_EQ(printed.error, "");
     const auto error = json::parse(printed.output).at("error");
