@@ -14,6 +14,12 @@ if(KORVOGIT_DEVELOPER_WARNINGS)
     endif()
 endif()
 
+if(CMAKE_UNITY_BUILD)
+    # There a name hides that of another source, and a source is taken for a header, whose unnamed namespaces
+    # would be faults; the plain builds look for real ones.
+    add_compile_options(-Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
+
 if(KORVOGIT_SANITIZE)
     add_compile_options(-fsanitize=${KORVOGIT_SANITIZE} -fno-sanitize-recover=all
                         -fno-omit-frame-pointer)

@@ -56,7 +56,21 @@ target_compile_options(KorvoGitService_objects PRIVATE -fno-semantic-interpositi
 set_target_properties(KorvoGitService_objects PROPERTIES
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON)
+    VISIBILITY_INLINES_HIDDEN ON
+    UNITY_BUILD_MODE GROUP)
+# Where sources are compiled together, those of a folder are. The adapters are alike, down to the names of
+# their constants, and so are the two keepers of memory that is used again.
+foreach(source IN LISTS korvogit_sources)
+    cmake_path(GET source PARENT_PATH folder)
+    cmake_path(GET folder FILENAME group)
+    if(NOT source MATCHES "/adapters/RKT|/ReusedText\\.cpp$")
+        set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
+    endif()
+endforeach()
+# What is delivered is compiled source by source.
+if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    set_target_properties(KorvoGitService_objects PROPERTIES UNITY_BUILD OFF)
+endif()
 
 function(korvogit_describe_library target)
     target_include_directories(${target} PUBLIC
