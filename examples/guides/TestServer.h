@@ -60,6 +60,7 @@ private:
             throw std::runtime_error("There is no pipe.");
         }
         std::vector<char*> pointers;
+        pointers.reserve(arguments.size() + 1);
         for (const auto& argument : arguments) pointers.push_back(const_cast<char*>(&argument[0]));
         pointers.push_back(nullptr);
 

@@ -8,6 +8,7 @@
 #include <functional>
 #include <iostream>
 #include <memory>
+#include <string>
 
 /// The last step of a sign-in: PROGRAM CLIENT-ID CODE, with the client's secret in the variable
 /// KORVOGIT_CLIENT_SECRET. A third and a fourth argument lead to a test server instead: the file
@@ -18,7 +19,7 @@ public:
         if (argumentCount > 4) {
             RKTNetworkSettings settings;
             settings.certificateAuthorityFile = arguments[3];
-            const auto port = static_cast<std::uint16_t>(std::atoi(arguments[4]));
+            const auto port = static_cast<std::uint16_t>(std::stoi(arguments[4]));
             settings.hostMappings.push_back({"github.com", 443, "127.0.0.1", port});
             RKTNetworkSettings::setShared(settings);
         }
