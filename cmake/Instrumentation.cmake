@@ -2,11 +2,12 @@
 # included, and none reaches a project that embeds this one.
 
 if(KORVOGIT_DEVELOPER_WARNINGS)
-    add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+    add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror
+                        $<$<CXX_COMPILER_ID:GNU>:-Wunused-const-variable=1>)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
         # With optimization it takes std::optional, std::variant and "literal" + std::string, once
         # inlined, for faults (GCC bugs 80635, 105651); clang looks for the same without these errors.
-        # Not in debug builds, whose commands clang-tidy reads, which does not know the options.
+        # Not in debug builds, whose commands clangd reads, which does not know the options.
         add_compile_options($<$<NOT:$<CONFIG:Debug>>:-Wno-restrict>
                             $<$<NOT:$<CONFIG:Debug>>:-Wno-maybe-uninitialized>
                             $<$<NOT:$<CONFIG:Debug>>:-Wno-stringop-overflow>

@@ -67,7 +67,7 @@ foreach(source IN LISTS korvogit_sources)
         set_source_files_properties(${source} PROPERTIES UNITY_GROUP ${group})
     endif()
 endforeach()
-# What is delivered is compiled source by source.
+# The library that is delivered is compiled source by source.
 if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     set_target_properties(KorvoGitService_objects PROPERTIES UNITY_BUILD OFF)
 endif()

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "KorvoGitService/KorvoGitServiceErrors.h"
-#include "KorvoGitService/RKTException.h"
 #include "KorvoGitService/RKTService.h"
 #include "tests/helpers/SignIn.h"
 

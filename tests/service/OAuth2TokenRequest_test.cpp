@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "KorvoGitService/KorvoGitServiceErrors.h"
-#include "KorvoGitService/RKTException.h"
 #include "KorvoGitService/RKTService.h"
 #include "tests/helpers/SignIn.h"
 
