@@ -9,6 +9,7 @@ void RepositoryModel::list(const std::shared_ptr<RKTServiceCredentials>& account
     stop();
     beginResetModel();
     repositories_.clear();
+    identifiers_.clear();
     endResetModel();
     pages_ = 0;
     serviceType_ = account->serviceType().value_or("");
@@ -36,18 +37,28 @@ void RepositoryModel::askForPage() {
 
 void RepositoryModel::take(const RKTServiceArrayResult& result) {
     if (!result.error()) {
-        const auto page = result.results().value_or(RKTServiceArrayResult::Results());
+        const auto page = newOnes(result.results().value_or(RKTServiceArrayResult::Results()));
         const auto links = result.linkRelations();
         append(page);
         emit pageArrived(++pages_);
-        // Where no link tells of a next page, an empty one is the last.
+        // Where no link tells of a next page, an empty one is the last; and a service that gives
+        // the same page again and again would never end.
         const bool isToldByLinks = serviceType_ != RKTServiceTypeBitbucket &&
                                    serviceType_ != RKTServiceTypeBitbucketServer;
         const bool isLinked = links && links->contains(RKTServiceLinkRelationNext);
-        if (isToldByLinks ? isLinked : !page.empty()) return askForPage();
+        if (!page.empty() && (isLinked || !isToldByLinks)) return askForPage();
     }
     stop();
     emit ended(result.error());
+}
+
+RKTServiceArrayResult::Results RepositoryModel::newOnes(
+    RKTServiceArrayResult::Results repositories) {
+    std::erase_if(repositories, [this](const auto& repository) {
+        const auto identifier = repository->identifier();
+        return identifier && !identifiers_.insert(*identifier).second;
+    });
+    return repositories;
 }
 
 void RepositoryModel::append(const RKTServiceArrayResult::Results& repositories) {

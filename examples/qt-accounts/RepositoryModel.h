@@ -3,6 +3,7 @@
 #include <KorvoGitService/KorvoGitService.h>
 
 #include <QAbstractTableModel>
+#include <unordered_set>
 
 /// The repositories of one account, which fill the model page after page.
 class RepositoryModel : public QAbstractTableModel {
@@ -34,10 +35,14 @@ signals:
 private:
     void askForPage();
     void take(const RKTServiceArrayResult& result);
+    /// What of them the model does not have yet. A page may repeat what came before, when the list
+    /// grows meanwhile.
+    RKTServiceArrayResult::Results newOnes(RKTServiceArrayResult::Results repositories);
     void append(const RKTServiceArrayResult::Results& repositories);
     void stop();
 
     RKTServiceArrayResult::Results repositories_;
+    std::unordered_set<RKTServiceIdentifier> identifiers_;  // of these
     std::string serviceType_;
     int pages_ = 0;
     std::shared_ptr<RKTService> service_;  // while listing

@@ -210,6 +210,19 @@ TEST_F(QtAccounts, ShowsTheErrorOfALaterPageAboveTheTable) {
     EXPECT_FALSE(named<QLabel>("error")->isVisible());
 }
 
+TEST_F(QtAccounts, EndsWhereAServiceGivesTheSamePageAgain) {
+    const emulator::Match later{.also = [](const emulator::Request& request) {
+        const auto number = request.queryValue("page");
+        return number && *number != "1";
+    }};
+    auto again = emulator::jsonAnswer(200, R"([{"id": 1, "name": "again"}])");
+    again.headers.add("Link", "<" + server().httpsURL() + "/api/v3/user/repos>; rel=\"next\"");
+    server().script(later, again);
+    add();
+    EXPECT_TRUE(waitForStatus("101 repositories"));
+    EXPECT_EQ(rows(), 101);
+}
+
 TEST_F(QtAccounts, ShowsTheAccountThatWasChosenLast) {
     add("marlow");
     ASSERT_TRUE(waitForStatus("3 repositories"));
