@@ -28,7 +28,7 @@ constexpr int patience = 30'000;
 
 /// One for all tests: the network settings are the process's.
 emulator::Server& server() {
-    static auto& object = *new emulator::Server;
+    static emulator::Server object;
     return object;
 }
 

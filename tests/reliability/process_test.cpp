@@ -6,10 +6,12 @@
 
 #include <cstdlib>
 #include <latch>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "tests/helpers/MainThread.h"
+#include "tests/helpers/TemporaryFolder.h"
 #include "tests/reliability/Faults.h"
 #include "tests/reliability/Interposed.h"
 #include "tests/reliability/Operations.h"
@@ -30,7 +32,26 @@ constexpr int notReached = 2;
 // may.
 class ProcessExit : public testing::Test {
 protected:
-    ProcessExit() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+    ProcessExit() {
+        GTEST_FLAG_SET(death_test_style, "threadsafe");
+        setenv("TMPDIR", files_.path().c_str(), 1);
+    }
+    ~ProcessExit() override {
+        if (usual_.empty()) {
+            unsetenv("TMPDIR");
+        } else {
+            setenv("TMPDIR", usual_.c_str(), 1);
+        }
+    }
+
+private:
+    static std::string environment(const char* name) {
+        const char* value = std::getenv(name);
+        return value != nullptr ? value : "";
+    }
+
+    const std::string usual_ = environment("TMPDIR");
+    const rkt::tests::TemporaryFolder files_;  // the process's, which removes none
 };
 
 using Calls = std::shared_ptr<Asker::Calls>;
