@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <latch>
 #include <string>
 #include <utility>
@@ -36,21 +37,10 @@ protected:
         GTEST_FLAG_SET(death_test_style, "threadsafe");
         setenv("TMPDIR", files_.path().c_str(), 1);
     }
-    ~ProcessExit() override {
-        if (usual_.empty()) {
-            unsetenv("TMPDIR");
-        } else {
-            setenv("TMPDIR", usual_.c_str(), 1);
-        }
-    }
+    ~ProcessExit() override { setenv("TMPDIR", usual_.c_str(), 1); }
 
 private:
-    static std::string environment(const char* name) {
-        const char* value = std::getenv(name);
-        return value != nullptr ? value : "";
-    }
-
-    const std::string usual_ = environment("TMPDIR");
+    const std::string usual_ = std::filesystem::temp_directory_path();
     const rkt::tests::TemporaryFolder files_;  // the process's, which removes none
 };
 
