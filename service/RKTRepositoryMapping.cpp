@@ -41,7 +41,8 @@ private:
         RKTServiceRepository& repository;
         std::uint64_t missing;  // a bit for each line
 
-        void take(std::uint8_t line, const RKTJSONValue& value);
+        /// False when no line is missing any more.
+        bool take(std::uint8_t line, const RKTJSONValue& value);
     };
 
     void add(std::string_view key, Line line);
@@ -79,11 +80,13 @@ void RKTRepositoryMapping::Table::Line::apply(RKTServiceRepository& repository,
     table->apply(repository, dictionary ? &*dictionary : nullptr);
 }
 
-void RKTRepositoryMapping::Table::Run::take(std::uint8_t line, const RKTJSONValue& value) {
+bool RKTRepositoryMapping::Table::Run::take(std::uint8_t line, const RKTJSONValue& value) {
     const std::uint64_t bit = std::uint64_t{1} << line;
-    if ((missing & bit) == 0) return;
-    missing &= ~bit;
-    table.lines_[line].apply(repository, &value);
+    if ((missing & bit) != 0) {
+        missing &= ~bit;
+        table.lines_[line].apply(repository, &value);
+    }
+    return missing != 0;
 }
 
 void RKTRepositoryMapping::Table::apply(RKTServiceRepository& repository,
@@ -91,7 +94,7 @@ void RKTRepositoryMapping::Table::apply(RKTServiceRepository& repository,
     Run run{*this, repository, ~std::uint64_t{0} >> (maximumFieldCount - lines_.size())};
     if (dictionary) {
         const auto take = [](void* context, std::uint8_t line, const RKTJSONValue& value) {
-            static_cast<Run*>(context)->take(line, value);
+            return static_cast<Run*>(context)->take(line, value);
         };
         rkt::visitMembers(*dictionary, keys_, take, &run);
     }

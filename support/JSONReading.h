@@ -64,8 +64,8 @@ private:
     std::vector<Entry> entries_;
 };
 
-/// Receives a member of interest; `context` is the caller's.
-using MemberVisitor = void (*)(void* context, std::uint8_t key, const RKTJSONValue& value);
+/// Receives a member of interest; `context` is the caller's. False when it wants no more.
+using MemberVisitor = bool (*)(void* context, std::uint8_t key, const RKTJSONValue& value);
 
 /// Calls `visit` for the members whose keys are in the table, as they stand in the document.
 /// Services send many members that nobody asked for: those cost next to nothing here.

@@ -273,9 +273,8 @@ void visitMembers(const RKTJSONDictionary& dictionary, const KeyTable& keys, Mem
     const auto end = members.end();
     for (auto member = members.begin(); member != end; ++member) {
         const auto key = keys.find(member.key());
-        if (key != KeyTable::none) {
-            visit(context, key, RKTJSONAccess::make<RKTJSONValue>(member.value()));
-        }
+        if (key == KeyTable::none) continue;
+        if (!visit(context, key, RKTJSONAccess::make<RKTJSONValue>(member.value()))) return;
     }
 }
 

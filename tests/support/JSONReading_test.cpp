@@ -19,6 +19,7 @@ Numbers numbersOfMembers(const std::string& text, std::initializer_list<std::str
         *document->root().dictionary(), keys,
         [](void* context, std::uint8_t key, const RKTJSONValue&) {
             static_cast<Numbers*>(context)->push_back(key);
+            return true;
         },
         &numbers);
     return numbers;
@@ -61,6 +62,21 @@ TEST(JSONReading, VisitsTheMembersOfInterestWithTheirNumbers) {
 
 TEST(JSONReading, VisitsNothingWhereNothingIsOfInterest) {
     EXPECT_EQ(numbersOfMembers(R"({"id":1,"name":2,"":3})", {}), Numbers());
+}
+
+TEST(JSONReading, VisitsNoMoreThanIsWanted) {
+    const auto document =
+        RKTJSONSerialization::JSONObjectWithData(R"({"a":1,"b":2,"other":3,"c":4})");
+    rkt::KeyTable keys;
+    for (const std::string_view key : {"a", "b", "c"}) keys.add(key);
+    int visited = 0;
+    rkt::visitMembers(
+        *document->root().dictionary(), keys,
+        [](void* count, std::uint8_t, const RKTJSONValue&) {
+            return ++*static_cast<int*>(count) < 2;
+        },
+        &visited);
+    EXPECT_EQ(visited, 2);
 }
 
 TEST(KeyTable, TellsKeysOfOneLengthAndFirstByteApart) {
