@@ -18,9 +18,7 @@ bool isControl(char c) {
 }
 
 bool isHost(std::string_view text) {
-    return rkt::isIPLiteral(text) || (!text.empty() && std::ranges::all_of(text, [](char c) {
-               return hostNameCharacters.contains(c);
-           }));
+    return rkt::isIPLiteral(text) || (!text.empty() && hostNameCharacters.containsAll(text));
 }
 
 /// `user@host:path`, where nothing before the ":" is a "/". The path is no URL text: it is taken

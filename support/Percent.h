@@ -3,6 +3,7 @@
 #ifndef KORVOGITSERVICE_SUPPORT_PERCENT_H
 #define KORVOGITSERVICE_SUPPORT_PERCENT_H
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -25,6 +26,10 @@ public:
     }
 
     constexpr bool contains(char c) const { return stands_[static_cast<unsigned char>(c)]; }
+    /// std::all_of, which takes four characters at a time; std::ranges::all_of does not.
+    constexpr bool containsAll(std::string_view text) const {
+        return std::all_of(text.begin(), text.end(), [this](char c) { return contains(c); });
+    }
 
 private:
     std::array<bool, 256> stands_{};

@@ -16,12 +16,6 @@ constexpr rkt::CharacterTable plainCharacters("-._~!$&'()*+,;=:@/?");
 /// With those that may stand in some places only.
 constexpr rkt::CharacterTable validCharacters("-._~!$&'()*+,;=:@/?[]%#");
 
-/// Takes four characters at a time, which std::ranges::all_of does not.
-bool isPlainText(std::string_view text) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return plainCharacters.contains(c); });
-}
-
 bool isURLText(std::string_view text) {
     bool hasFragment = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -98,7 +92,7 @@ std::optional<RKTURL> RKTURL::URLWithString(std::string_view text) {
 }
 
 std::optional<RKTURLView> RKTURLAccess::viewOfText(std::string_view text, std::string& room) {
-    if (isPlainText(text)) return RKTURLView(text);
+    if (plainCharacters.containsAll(text)) return RKTURLView(text);
     if (!isURLText(text)) return std::nullopt;
     if (text.find_first_of("[]") == std::string_view::npos) return RKTURLView(text);
     room = rkt::strayBracketsEncoded(text);

@@ -92,8 +92,7 @@ URLText::URLText(std::string_view text) {
 
 bool isScheme(std::string_view text) {
     static constexpr CharacterTable schemeCharacters("+-.");
-    return !text.empty() && isASCIILetter(text.front()) &&
-           std::ranges::all_of(text, [](char c) { return schemeCharacters.contains(c); });
+    return !text.empty() && isASCIILetter(text.front()) && schemeCharacters.containsAll(text);
 }
 
 std::optional<Authority> Authority::parse(std::string_view text) {
