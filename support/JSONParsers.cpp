@@ -10,7 +10,7 @@ namespace {
 
 using Parser = std::unique_ptr<simdjson::dom::parser>;
 
-/// As many as threads work on answers at once. More documents than that are rare.
+/// About as many as threads work on answers at once. More documents than that are rare.
 constexpr std::size_t keptParsers = 4;
 
 /// Of text; the buffers of a parser for as much take about 15 MiB. A page of a hundred records

@@ -11,11 +11,12 @@ namespace {
 constexpr std::size_t worthKeeping = std::size_t{32} << 10;
 /// Room for a page of a hundred records; beyond that, what a process would hold on to is too much.
 constexpr std::size_t keptCapacity = std::size_t{1} << 20;
-/// As many as threads work on answers at once.
+/// About as many as threads work on answers at once.
 constexpr std::size_t keptTexts = 4;
 
 Idle<std::string>& idle() {
-    static auto& instance = *new Idle<std::string>(keptTexts);  // the pool's threads outlive main()
+    static auto& instance =
+        *new Idle<std::string>(keptTexts);  // the library's threads outlive main()
     return instance;
 }
 

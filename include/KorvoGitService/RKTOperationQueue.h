@@ -8,9 +8,9 @@
 
 #include "KorvoGitService/RKTExport.h"
 
-/// A serial queue: its operations run one at a time, in order, on a small pool of threads that all
-/// queues share. A queue without work costs memory only. An operation that blocks keeps a thread of
-/// the pool from everybody; one that throws ends the process, as on any thread.
+/// A serial queue: its operations run one at a time, in order, on a few threads that all queues
+/// share. A queue without work costs memory only. An operation that blocks keeps a thread from
+/// everybody; one that throws ends the process, as on any thread.
 class RKT_EXPORT RKTOperationQueue {
 public:
     RKTOperationQueue();
@@ -24,6 +24,8 @@ public:
     void addOperation(std::function<void()> operation);
 
 private:
+    friend struct RKTOperationQueueAccess;
+
     struct Strand;
     std::unique_ptr<Strand> strand_;
 };

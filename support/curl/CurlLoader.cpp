@@ -7,16 +7,29 @@
 #include <utility>
 
 #include "support/SharedNetworkSettings.h"
-#include "support/SignalsBlocked.h"
 #include "support/curl/CurlSessionMemory.h"
 
 namespace rkt {
 
-CurlLoader::CurlLoader() : multi_(curl_multi_init()) {
-    curl_multi_setopt(multi_.get(), CURLMOPT_PIPELINING, static_cast<long>(CURLPIPE_MULTIPLEX));
-    const SignalsBlocked blocked;
-    thread_ = std::thread([this] { run(); });
+namespace {
+
+// How long transfers may have to wait for the reading of results. A page of a hundred records and a
+// plain handler take less than a millisecond, so this is seldom used up, and too short to be
+// noticed beside a network.
+constexpr std::chrono::milliseconds patience(2);
+
+// More results than this at once are read beside one another, in the pool.
+constexpr std::size_t mostToReadHere = 64;
+
+CURLM* multiplexing(CURLM* multi) {
+    curl_multi_setopt(multi, CURLMOPT_PIPELINING, static_cast<long>(CURLPIPE_MULTIPLEX));
+    return multi;
 }
+
+}  // namespace
+
+CurlLoader::CurlLoader()
+    : multi_(multiplexing(curl_multi_init())), threads_([this] { lead(); }, patience) {}
 
 // Messages
 // ------------------------------------------------------------------------------------------------------------
@@ -26,7 +39,7 @@ void CurlLoader::tell(Change change) {
     {
         const std::lock_guard lock(mutex_);
         change(inbox_);
-        if (std::exchange(inbox_.awake, true)) return;
+        if (!std::exchange(inbox_.readerSleeps, false)) return;
     }
     curl_multi_wakeup(multi_.get());
 }
@@ -49,28 +62,58 @@ std::shared_ptr<SessionMemory> CurlLoader::makeSessionMemory() {
 }
 
 void CurlLoader::stop() {
-    tell([](Inbox& inbox) { inbox.stop = true; });
-    thread_.join();
+    threads_.stop([this] { tell([](Inbox& inbox) { inbox.stop = true; }); });
     keepHandlesOpen();
 }
 
-// The thread
+// The leader
 // ----------------------------------------------------------------------------------------------------------
 
-void CurlLoader::run() {
-    bool someBegin = false;
-    while (readInbox()) {
+void CurlLoader::lead() {
+    bool someBegin = true;  // who led before may have begun some
+    while (handOut() && readInbox()) {
         someBegin |= admit();
         // libcurl (read and tried: 7.88.1) may forget those that it has received bytes for in a
         // round in which others begin: docs/decisions/0004-loading.md.
         const bool mayForget = someBegin && transfers_.size() > 1;
-        int running = 0;
-        curl_multi_perform(multi_.get(), &running);
+        perform();
         finishDone();
         expire();
         someBegin = admit();  // libcurl wakes up at once when it was given any
-        curl_multi_poll(multi_.get(), nullptr, 0, mayForget ? 0 : millisecondsToSleep(), nullptr);
+        if (!results_.empty()) {
+            if (someBegin) perform();  // what they ask for is on its way while results are read
+        } else if (!mayForget && fallAsleep()) {
+            curl_multi_poll(multi_.get(), nullptr, 0, millisecondsToSleep(), nullptr);
+        }
     }
+}
+
+void CurlLoader::perform() {
+    int running = 0;
+    curl_multi_perform(multi_.get(), &running);
+}
+
+// Takes results to where they are wanted, one after another, for as long as transfers may have to
+// wait. False when another thread leads by now.
+bool CurlLoader::handOut() {
+    const bool many = results_.size() > mostToReadHere;
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!results_.empty() && std::chrono::steady_clock::now() < end) {
+        auto [finished, result] = std::move(results_.front());
+        results_.pop_front();
+        const auto readHere = [&] { finished(std::move(result), Stay::Long); };
+        const auto left = many ? Left::NotAtAll : threads_.leave(readHere);
+        if (left == Left::AndFollows) return false;
+        if (left == Left::NotAtAll) finished(std::move(result), Stay::Brief);
+    }
+    return true;
+}
+
+// False when there are messages to be read first.
+bool CurlLoader::fallAsleep() {
+    const std::lock_guard lock(mutex_);
+    inbox_.readerSleeps = inbox_.isEmpty();
+    return inbox_.readerSleeps;
 }
 
 // False when the loader is to stop.
@@ -169,9 +212,9 @@ void CurlLoader::finishDone() {
 void CurlLoader::finish(Token token, ExchangeResult result) {
     auto transfer = takeOut(token);
     if (!transfer) return;
-    const auto finished = transfer->takeFinished();
+    auto finished = transfer->takeFinished();
     result.remains = std::move(transfer);
-    finished(std::move(result));
+    results_.push_back({std::move(finished), std::move(result)});
 }
 
 int CurlLoader::millisecondsToSleep() const {
@@ -192,7 +235,7 @@ CurlLoader* processLoader = nullptr;
 pid_t loaderProcess = 0;
 
 // libcurl's and OpenSSL's own clean-up at exit comes after this, since they were set up before it
-// was registered; the thread must be gone by then. A forked child has no such thread.
+// was registered; no thread may be in the multi handle by then. A forked child has no such thread.
 void stopAtExit() {
     if (getpid() == loaderProcess) processLoader->stop();
 }

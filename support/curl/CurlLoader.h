@@ -4,13 +4,14 @@
 
 #include <atomic>
 #include <cstddef>
+#include <deque>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <unordered_map>
 #include <vector>
 
+#include "support/LeaderAndFollower.h"
 #include "support/curl/Admission.h"
 #include "support/curl/CurlHandles.h"
 #include "support/curl/CurlTransfer.h"
@@ -19,11 +20,12 @@
 
 namespace rkt {
 
-/// One thread owns the multi handle and everything that hangs on it; other threads only put
-/// messages, transfers that are ready to begin among them, into the inbox and wake it. What has
-/// left the multi handle goes out with its result. The thread sleeps in curl_multi_poll until a
-/// socket, a timer or a message needs it. Never destroyed: stop() ends the thread and leaves the
-/// rest to the system.
+/// One thread at a time, the leader, owns the multi handle and everything that hangs on it; other
+/// threads only put messages, transfers that are ready to begin among them, into the inbox and wake
+/// it. What has left the multi handle goes out with its result. The leader sleeps in
+/// curl_multi_poll until a socket, a timer or a message needs it; where a result is wanted, it goes
+/// along (docs/decisions/0007-results-where-they-arrive.md). Never destroyed: stop() has them
+/// sleep and leaves the rest to the system.
 class CurlLoader : public Loader {
 public:
     CurlLoader();
@@ -33,7 +35,8 @@ public:
     std::shared_ptr<SessionMemory> makeSessionMemory() override;
     std::size_t exchangesUnderWay() const override { return underWay_; }
 
-    /// Ends the thread, abandoning what is under way. For the exit of the process.
+    /// No thread is in the multi handle afterwards; what is under way is abandoned. For the exit of
+    /// the process, which may come from inside a handler.
     void stop();
 
 private:
@@ -42,13 +45,23 @@ private:
         std::vector<Transfer> starts;
         std::vector<Token> cancels;
         bool stop = false;
-        bool awake = false;  // a wake-up is on its way, no need for another
+        bool readerSleeps = false;  // or is about to: it needs a wake-up
+
+        bool isEmpty() const { return starts.empty() && cancels.empty() && !stop; }
+    };
+    struct Result {
+        Finished finished;
+        ExchangeResult result;
     };
 
     template <class Change>
     void tell(Change change);
-    void run();
+    using Left = LeaderAndFollower::Left;
+
+    void lead();
+    void perform();
     bool readInbox();
+    bool fallAsleep();
     void applyConnectionLimits();
     void enter(Transfer transfer);
     bool admit();
@@ -56,6 +69,7 @@ private:
     void finishDone();
     Transfer takeOut(Token token);
     void finish(Token token, ExchangeResult result);
+    bool handOut();
     int millisecondsToSleep() const;
 
     const std::unique_ptr<CURLM, CloseMulti> multi_;
@@ -65,12 +79,13 @@ private:
     std::mutex mutex_;
     Inbox inbox_;
 
-    // The thread's own.
+    // The leader's own.
     std::unordered_map<Token, Transfer> transfers_;
     Deadlines deadlines_;
     Admission admission_;
     std::size_t maximumConnections_ = 0;
-    std::thread thread_;
+    std::deque<Result> results_;  // to be handed out
+    LeaderAndFollower threads_;
 };
 
 }  // namespace rkt

@@ -54,18 +54,22 @@ struct ExchangeResult {
     int status = 0;  // 0: no headers arrived
     HeaderBlock headers;
     std::string body;  // as on the wire, still compressed
-    /// What the loader made for the exchange: letting go of it takes time, which is not the
-    /// loader's.
+    /// What the loader made for the exchange: letting go of it takes time.
     std::shared_ptr<void> remains;
 };
 
-/// Moves bytes, on one thread of its own. Everything here may be called from any thread and never
+/// Moves bytes, on threads of its own. Everything here may be called from any thread and never
 /// blocks; start() prepares the exchange on its caller's thread.
 class Loader {
 public:
     using Token = std::uint64_t;
-    /// Called on the loader's thread, at most once: it hands the result on and returns.
-    using Finished = std::function<void(ExchangeResult result)>;
+    /// How long a thread of the loader may be kept.
+    enum class Stay {
+        Brief,  ///< it is needed: the result is handed on
+        Long,   ///< as long as it takes, even for ever
+    };
+    /// Called on a thread of the loader, at most once.
+    using Finished = std::function<void(ExchangeResult result, Stay stay)>;
 
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;

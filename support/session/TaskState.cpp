@@ -4,6 +4,7 @@
 #include <utility>
 #include <variant>
 
+#include "support/RKTOperationQueueAccess.h"
 #include "support/RequestTarget.h"
 #include "support/session/ContentDecoder.h"
 #include "support/session/Redirect.h"
@@ -84,10 +85,15 @@ void TaskState::load() {
         mutex_);  // so that cancel() finds the exchange either not started or known
     if (state_ != State::Running) return;
     exchange_ = sharedLoader().start(
-        std::move(exchange), [self = shared_from_this()](ExchangeResult result) {
-            self->queue_->addOperation([self, result = std::move(result)]() mutable {
+        std::move(exchange), [self = shared_from_this()](ExchangeResult result, Loader::Stay stay) {
+            auto operation = [self, result = std::move(result)]() mutable {
                 self->received(std::move(result));
-            });
+            };
+            if (stay == Loader::Stay::Long) {
+                RKTOperationQueueAccess::performHereOrAdd(*self->queue_, std::move(operation));
+            } else {
+                self->queue_->addOperation(std::move(operation));
+            }
         });
 }
 

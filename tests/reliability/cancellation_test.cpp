@@ -107,7 +107,7 @@ public:
             if (std::chrono::steady_clock::now() > deadline) return false;
             std::this_thread::yield();
         }
-        // The loader, which has one thread, hands over one answer after the other.
+        // The loader took that one to the queue before this one.
         return scene_.load("https://api.github.com/user").status() == 200;
     }
     void letGo() override {

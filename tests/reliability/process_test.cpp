@@ -106,12 +106,16 @@ void askAll(const Calls& calls) {
 }
 
 [[noreturn]] void exitWithAnUndrainedMainQueue() {
-    lasting<Scene>();
+    auto& scene = lasting<Scene>();
     lasting<Asker>(Operation::TokenExchange).start(std::make_shared<Asker::Calls>());
-    exitIf(waitForMainQueue());
+    const bool reached = waitForMainQueue();
+    // The connection was for one request. The emulator lets go of its end, which is in this process
+    // too and must not come beside OpenSSL's clean-up.
+    scene.server.stop();
+    exitIf(reached);
 }
 
-// An application's own statics go after the library's thread has stopped.
+// An application's own statics go after the loader has stopped.
 [[noreturn]] void exitWithAServiceInAStatic() {
     lasting<Scene>();
     static struct Application {

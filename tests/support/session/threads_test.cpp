@@ -1,11 +1,15 @@
 // Exchanges are prepared on their callers' threads, moved by the loader's, and let go of wherever
-// the result is taken.
+// the result is taken. Handlers may keep the thread that received the answer: nobody else's waits.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <latch>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -13,6 +17,8 @@
 #include "tests/helpers/Loading.h"
 
 namespace {
+
+using Thread = std::thread::id;
 
 constexpr int threads = 4;
 
@@ -74,7 +80,7 @@ TEST_F(Threads, ASessionsMemoryGoesWithTheLastResultThatUsedIt) {
     auto memory = rkt::sharedLoader().makeSessionMemory();
     const std::weak_ptr<rkt::SessionMemory> alive = memory;
     std::promise<rkt::ExchangeResult> promise;
-    rkt::sharedLoader().start(exchange(memory), [&](rkt::ExchangeResult result) {
+    rkt::sharedLoader().start(exchange(memory), [&](rkt::ExchangeResult result, rkt::Loader::Stay) {
         promise.set_value(std::move(result));
     });
     ASSERT_TRUE(hold.waitUntilReached());
@@ -101,14 +107,188 @@ TEST_F(Threads, WhatIsCancelledRightAfterItsStartIsLetGoOfByTheLoader) {
         const auto memory = loader.makeSessionMemory();
         for (int i = 0; i < each; ++i) {
             const std::shared_ptr<void> witness(nullptr, [&](void*) { destroyed.put(1); });
-            loader.cancel(loader.start(exchange(memory), [&, witness](rkt::ExchangeResult result) {
-                finished.put(result.status);
-            }));
+            loader.cancel(loader.start(exchange(memory),
+                                       [&, witness](rkt::ExchangeResult result, rkt::Loader::Stay) {
+                                           finished.put(result.status);
+                                       }));
         }
     });
     EXPECT_EQ(destroyed.wait(threads * each).size(), std::size_t{threads * each});
     EXPECT_EQ(finished.count(), 0U);
     EXPECT_EQ(rkt::sharedLoader().exchangesUnderWay(), 0U);
+}
+
+// Kept threads
+// ----------------------------------------------------------------------------------------------------
+
+class KeptLoader : public Threads {
+protected:
+    using Stay = rkt::Loader::Stay;
+
+    Thread threadOfNext() {
+        const auto thread = std::make_shared<Awaited<Thread>>();
+        rkt::sharedLoader().start(exchange(memory_), [thread](rkt::ExchangeResult, Stay) {
+            thread->put(std::this_thread::get_id());
+        });
+        return thread->first();
+    }
+    /// What the next result is told. With Stay::Long it stays until `end`.
+    Stay stayOfNext(std::latch* end = nullptr) {
+        const auto told = std::make_shared<Awaited<Stay>>();
+        rkt::sharedLoader().start(exchange(memory_), [told, end](rkt::ExchangeResult, Stay stay) {
+            told->put(stay);
+            if (end && stay == Stay::Long) end->wait();
+        });
+        return told->first();
+    }
+    /// A thread that was kept just before may not be back yet.
+    bool maySoonStay(std::latch* end = nullptr) {
+        for (int i = 0; i < 1000; ++i) {
+            if (stayOfNext(end) == Stay::Long) return true;
+        }
+        return false;
+    }
+
+private:
+    const std::shared_ptr<rkt::SessionMemory> memory_ = rkt::sharedLoader().makeSessionMemory();
+};
+
+TEST_F(KeptLoader, HandsOnWhatComesWhileAResultStays) {
+    std::latch end(1);
+    ASSERT_TRUE(maySoonStay(&end));
+    EXPECT_EQ(stayOfNext(), Stay::Brief);
+    EXPECT_EQ(stayOfNext(), Stay::Brief);
+    end.count_down();
+    EXPECT_TRUE(maySoonStay());
+}
+
+// Too many to be read one after another. They fail at once, so that they come together.
+TEST_F(KeptLoader, HandsOnWhatComesInABurst) {
+    constexpr std::size_t burst = 100;
+    auto settings = origin.settings;
+    settings.proxy = "http://%00@127.0.0.1:1";
+    auto refused = exchange(rkt::sharedLoader().makeSessionMemory());
+    refused.settings = std::make_shared<const RKTNetworkSettings>(settings);
+    const auto startBurst = [&](const std::shared_ptr<Awaited<Stay>>& told) {
+        for (std::size_t i = 0; i < burst; ++i) {
+            rkt::sharedLoader().start(refused, [told](rkt::ExchangeResult result, Stay stay) {
+                EXPECT_TRUE(result.failure);
+                told->put(stay);
+            });
+        }
+    };
+    // Started from a result, they are all found afterwards, unless another thread leads meanwhile.
+    bool areAllHandedOn = false;
+    for (int i = 0; i < 5 && !areAllHandedOn; ++i) {
+        const auto told = std::make_shared<Awaited<Stay>>();
+        rkt::sharedLoader().start(exchange(rkt::sharedLoader().makeSessionMemory()),
+                                  [&, told](rkt::ExchangeResult, Stay) { startBurst(told); });
+        areAllHandedOn = std::ranges::count(told->wait(burst), Stay::Brief) == burst;
+    }
+    EXPECT_TRUE(areAllHandedOn);
+}
+
+TEST_F(KeptLoader, TakesAResultToItsHandler) {
+    const auto session = origin.session();
+    const auto threadOfHandler = [&] {
+        const auto thread = std::make_shared<Awaited<Thread>>();
+        session
+            ->dataTaskWithRequest(
+                requestTo(origin.url("/x")),
+                [thread](auto, auto, auto) { thread->put(std::this_thread::get_id()); })
+            ->resume();
+        return thread->first();
+    };
+    bool isTheLoaders = false;  // unless it was kept, or another one leads meanwhile
+    for (int i = 0; i < 1000 && !isTheLoaders; ++i) {
+        isTheLoaders = threadOfHandler() == threadOfNext();
+    }
+    EXPECT_TRUE(isTheLoaders);
+}
+
+class KeptThreads : public Threads {
+protected:
+    /// Inside a handler, where nothing may be thrown.
+    template <class T>
+    static bool come(const Awaited<T>& awaited, std::size_t count) noexcept {
+        try {
+            return awaited.wait(count).size() == count;
+        } catch (const std::runtime_error&) {
+            return false;
+        }
+    }
+    void load(const std::shared_ptr<RKTURLSession>& session, std::function<void()> handler) const {
+        session
+            ->dataTaskWithRequest(requestTo(origin.url("/x")),
+                                  [handler = std::move(handler)](auto, auto, auto) { handler(); })
+            ->resume();
+    }
+};
+
+TEST_F(KeptThreads, AHandlerMayWaitForAnotherSessionsAnswer) {
+    Awaited<bool> answered;
+    load(origin.session(), [&] {
+        Awaited<bool> other;
+        load(origin.session(), [&] { other.put(true); });
+        answered.put(come(other, 1));
+    });
+    EXPECT_TRUE(answered.first());
+}
+
+TEST_F(KeptThreads, TwoHandlersMayWait) {
+    Awaited<bool> answered;
+    load(origin.session(), [&] {
+        Awaited<bool> second;
+        load(origin.session(), [&] {
+            Awaited<bool> third;
+            load(origin.session(), [&] { third.put(true); });
+            second.put(come(third, 1));
+        });
+        answered.put(come(second, 1));
+    });
+    EXPECT_TRUE(answered.first());
+}
+
+TEST_F(KeptThreads, AHandlerThatBlocksHoldsUpNobodyElse) {
+    constexpr int others = 30;
+    std::latch end(1);
+    Awaited<bool> blocked;
+    Awaited<bool> unblocked;
+    load(origin.session(), [&] {
+        blocked.put(true);
+        end.wait();
+        unblocked.put(true);
+    });
+    blocked.first();
+    Awaited<int> done;
+    const auto session = origin.session();
+    for (int i = 0; i < others; ++i) {
+        load(i % 2 == 0 ? session : origin.session(), [&] { done.put(1); });
+    }
+    EXPECT_EQ(done.wait(others).size(), std::size_t{others});
+    end.count_down();
+    EXPECT_TRUE(unblocked.first());
+}
+
+// Whichever comes first waits for all the others.
+TEST_F(KeptThreads, WhatCameTogetherWithABlockedHandlersAnswerDoesNotWaitForIt) {
+    constexpr int all = 20;
+    auto hold = origin.server.hold({});
+    std::atomic<bool> isFirst = true;
+    Awaited<int> others;
+    Awaited<bool> answered;
+    for (int i = 0; i < all; ++i) {
+        load(origin.session(), [&] {
+            if (isFirst.exchange(false)) {
+                answered.put(come(others, all - 1));
+            } else {
+                others.put(1);
+            }
+        });
+    }
+    ASSERT_TRUE(hold.waitUntilReached(all));
+    hold.release();
+    EXPECT_TRUE(answered.first());
 }
 
 }  // namespace

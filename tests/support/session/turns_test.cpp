@@ -74,7 +74,7 @@ TEST_P(TurnsOf, TakeNoMoreConnectionsThanThereMayBe) {
     auto hold = origin.server.hold({.path = "/x"});
     startMany(40, GetParam());
     ASSERT_TRUE(hold.waitUntilReached(connections));
-    // The loader has one thread: it would have opened another connection before this one.
+    // One thread at a time loads: it would have opened another connection before this one.
     EXPECT_EQ(origin.load(origin.httpURL("/other")).data, "body");
     EXPECT_EQ(origin.server.openConnections(), connections + 1);
     EXPECT_EQ(origin.server.requests({.path = "/x"}).size(), connections);

@@ -1,0 +1,106 @@
+#include <KorvoGitService/RKTOperationQueue.h>
+#include <gtest/gtest.h>
+
+#include <latch>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "support/RKTOperationQueueAccess.h"
+#include "tests/helpers/Awaited.h"
+#include "tests/helpers/Loading.h"
+
+namespace {
+
+using Thread = std::thread::id;
+
+void performHereOrAdd(RKTOperationQueue& queue, std::function<void()> operation) {
+    RKTOperationQueueAccess::performHereOrAdd(queue, std::move(operation));
+}
+
+TEST(OperationQueue, RunsOperationsOneAtATimeInTheirOrder) {
+    RKTOperationQueue queue;
+    constexpr int each = 200;
+    std::vector<std::pair<int, int>> ran;  // which thread's, which of them; the queue's own
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < each; ++i) {
+                const auto operation = [&, thread, i] { ran.emplace_back(thread, i); };
+                if (i % 2 == 0) {
+                    queue.addOperation(operation);
+                } else {
+                    performHereOrAdd(queue, operation);
+                }
+            }
+        });
+    }
+    threads.clear();
+    drain(queue);
+    EXPECT_EQ(ran.size(), std::size_t{4 * each});
+    int next[4] = {};
+    for (const auto& [thread, i] : ran) EXPECT_EQ(i, next[thread]++);
+}
+
+TEST(OperationQueue, WhatIsAddedNeverRunsInsideTheCall) {
+    RKTOperationQueue queue;
+    Awaited<Thread> ran;
+    queue.addOperation([&] { ran.put(std::this_thread::get_id()); });
+    EXPECT_NE(ran.first(), std::this_thread::get_id());
+}
+
+TEST(OperationQueue, AnIdleOneRunsAnOperationInTheThreadThatOffersItself) {
+    RKTOperationQueue queue;
+    Thread ran;
+    performHereOrAdd(queue, [&] { ran = std::this_thread::get_id(); });
+    EXPECT_EQ(ran, std::this_thread::get_id());
+}
+
+TEST(OperationQueue, ABusyOneRunsItLater) {
+    RKTOperationQueue queue;
+    std::latch free(1);
+    Awaited<Thread> ran;
+    queue.addOperation([&] { free.wait(); });
+    performHereOrAdd(queue, [&] { ran.put(std::this_thread::get_id()); });
+    EXPECT_EQ(ran.count(), 0U);
+    free.count_down();
+    EXPECT_NE(ran.first(), std::this_thread::get_id());
+}
+
+TEST(OperationQueue, WhatCameMeanwhileRunsAfterwardsElsewhere) {
+    RKTOperationQueue queue;
+    Awaited<Thread> ran;
+    performHereOrAdd(queue, [&] {
+        queue.addOperation([&] { ran.put(std::this_thread::get_id()); });
+        performHereOrAdd(queue, [&] { ran.put(std::this_thread::get_id()); });
+        EXPECT_EQ(ran.count(), 0U);
+    });
+    for (const auto thread : ran.wait(2)) EXPECT_NE(thread, std::this_thread::get_id());
+}
+
+TEST(OperationQueue, AnOperationIsGoneBeforeTheNextRuns) {
+    RKTOperationQueue queue;
+    Awaited<bool> gone;
+    const auto checkAfter = [&](auto run) {
+        auto witness = std::make_shared<int>();
+        const std::weak_ptr<int> alive = witness;
+        run([&queue, &gone, alive, witness = std::move(witness)] {
+            queue.addOperation([&gone, alive] { gone.put(alive.expired()); });
+        });
+    };
+    checkAfter([&](auto operation) { performHereOrAdd(queue, std::move(operation)); });
+    checkAfter([&](auto operation) { queue.addOperation(std::move(operation)); });
+    for (const bool one : gone.wait(2)) EXPECT_TRUE(one);
+}
+
+TEST(OperationQueue, MayBeDestroyedInAnOperation) {
+    auto queue = std::make_shared<RKTOperationQueue>();
+    Awaited<bool> ran;
+    performHereOrAdd(*queue, [&] {
+        queue->addOperation([&] { ran.put(true); });
+        queue.reset();
+    });
+    EXPECT_TRUE(ran.first());
+}
+
+}  // namespace
