@@ -1,6 +1,7 @@
 #include "support/LeaderAndFollower.h"
 
 #include <exception>
+#include <system_error>
 #include <utility>
 
 #include "support/SignalsBlocked.h"
@@ -10,10 +11,17 @@ namespace rkt {
 LeaderAndFollower::LeaderAndFollower(std::function<void()> lead, Patience patience)
     : lead_(std::move(lead)), patience_(patience) {
     const SignalsBlocked blocked;
-    std::thread([this] { run(); }).detach();
+    if (!startThread()) throw std::system_error(std::make_error_code(std::errc::not_enough_memory));
+    startThread();  // without it there is a leader that never leaves
+}
+
+// False when there is no room for one.
+bool LeaderAndFollower::startThread() {
     try {
         std::thread([this] { run(); }).detach();
-    } catch (const std::exception&) {  // no room for it: a leader that nobody follows stays
+        return true;
+    } catch (const std::exception&) {
+        return false;
     }
 }
 

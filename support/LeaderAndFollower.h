@@ -48,6 +48,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
+    bool startThread();
     void run();
     bool mayLead() const;
     void follow(std::unique_lock<std::mutex>& lock);
