@@ -96,17 +96,21 @@ void CurlLoader::perform() {
 // Takes results to where they are wanted, one after another, for as long as transfers may have to
 // wait. False when another thread leads by now.
 bool CurlLoader::handOut() {
-    const bool many = results_.size() > mostToReadHere;
+    if (results_.size() > mostToReadHere) handOnAll();
     const auto end = std::chrono::steady_clock::now() + patience;
     while (!results_.empty() && std::chrono::steady_clock::now() < end) {
         auto [finished, result] = std::move(results_.front());
         results_.pop_front();
-        const auto readHere = [&] { finished(std::move(result), Stay::Long); };
-        const auto left = many ? Left::NotAtAll : threads_.leave(readHere);
+        const auto left = threads_.leave([&] { finished(std::move(result), Stay::Long); });
         if (left == Left::AndFollows) return false;
         if (left == Left::NotAtAll) finished(std::move(result), Stay::Brief);
     }
     return true;
+}
+
+void CurlLoader::handOnAll() {
+    auto results = std::exchange(results_, {});
+    for (auto& [finished, result] : results) finished(std::move(result), Stay::Brief);
 }
 
 // False when there are messages to be read first.

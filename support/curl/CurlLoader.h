@@ -70,6 +70,7 @@ private:
     Transfer takeOut(Token token);
     void finish(Token token, ExchangeResult result);
     bool handOut();
+    void handOnAll();
     int millisecondsToSleep() const;
 
     const std::unique_ptr<CURLM, CloseMulti> multi_;

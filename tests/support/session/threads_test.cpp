@@ -1,9 +1,9 @@
 // Exchanges are prepared on their callers' threads, moved by the loader's, and let go of wherever
 // the result is taken. Handlers may keep the thread that received the answer: nobody else's waits.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -162,30 +162,29 @@ TEST_F(KeptLoader, HandsOnWhatComesWhileAResultStays) {
     EXPECT_TRUE(maySoonStay());
 }
 
-// Too many to be read one after another. They fail at once, so that they come together.
-TEST_F(KeptLoader, HandsOnWhatComesInABurst) {
+// They fail at once, and are started by the thread that loads, so that it finds all together.
+TEST_F(KeptLoader, HandsOnABurstThoughAThreadMayStay) {
     constexpr std::size_t burst = 100;
     auto settings = origin.settings;
     settings.proxy = "http://%00@127.0.0.1:1";
     auto refused = exchange(rkt::sharedLoader().makeSessionMemory());
     refused.settings = std::make_shared<const RKTNetworkSettings>(settings);
-    const auto startBurst = [&](const std::shared_ptr<Awaited<Stay>>& told) {
-        for (std::size_t i = 0; i < burst; ++i) {
-            rkt::sharedLoader().start(refused, [told](rkt::ExchangeResult result, Stay stay) {
-                EXPECT_TRUE(result.failure);
-                told->put(stay);
-            });
-        }
-    };
-    // Started from a result, they are all found afterwards, unless another thread leads meanwhile.
-    bool areAllHandedOn = false;
-    for (int i = 0; i < 5 && !areAllHandedOn; ++i) {
-        const auto told = std::make_shared<Awaited<Stay>>();
-        rkt::sharedLoader().start(exchange(rkt::sharedLoader().makeSessionMemory()),
-                                  [&, told](rkt::ExchangeResult, Stay) { startBurst(told); });
-        areAllHandedOn = std::ranges::count(told->wait(burst), Stay::Brief) == burst;
-    }
-    EXPECT_TRUE(areAllHandedOn);
+
+    std::latch end(1);
+    ASSERT_TRUE(maySoonStay(&end));
+    Awaited<Stay> told;
+    rkt::sharedLoader().start(
+        exchange(rkt::sharedLoader().makeSessionMemory()), [&](rkt::ExchangeResult, Stay stay) {
+            EXPECT_EQ(stay, Stay::Brief);  // so this is the thread that loads, and goes on to
+            end.count_down();
+            for (std::size_t i = 0; i < burst; ++i) {
+                rkt::sharedLoader().start(refused, [&](rkt::ExchangeResult result, Stay next) {
+                    EXPECT_TRUE(result.failure);
+                    told.put(next);
+                });
+            }
+        });
+    EXPECT_THAT(told.wait(burst), testing::Each(Stay::Brief));
 }
 
 TEST_F(KeptLoader, TakesAResultToItsHandler) {
