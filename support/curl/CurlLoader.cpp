@@ -10,7 +10,6 @@
 #include "support/curl/CurlSessionMemory.h"
 
 namespace rkt {
-
 namespace {
 
 // How long transfers may have to wait for the reading of results. A page of a hundred records and a
@@ -18,7 +17,7 @@ namespace {
 // noticed beside a network.
 constexpr std::chrono::milliseconds patience(2);
 
-// More results than this at once are read beside one another, in the pool.
+// More results than this at once are read in the pool, while the loader goes on.
 constexpr std::size_t mostToReadHere = 64;
 
 CURLM* multiplexing(CURLM* multi) {
@@ -239,7 +238,7 @@ CurlLoader* processLoader = nullptr;
 pid_t loaderProcess = 0;
 
 // libcurl's and OpenSSL's own clean-up at exit comes after this, since they were set up before it
-// was registered; no thread may be in the multi handle by then. A forked child has no such thread.
+// was registered; no thread may be in the multi handle by then. A forked child has no such threads.
 void stopAtExit() {
     if (getpid() == loaderProcess) processLoader->stop();
 }

@@ -23,9 +23,9 @@ namespace rkt {
 /// One thread at a time, the leader, owns the multi handle and everything that hangs on it; other
 /// threads only put messages, transfers that are ready to begin among them, into the inbox and wake
 /// it. What has left the multi handle goes out with its result. The leader sleeps in
-/// curl_multi_poll until a socket, a timer or a message needs it; where a result is wanted, it goes
-/// along (docs/decisions/0007-results-where-they-arrive.md). Never destroyed: stop() has them
-/// sleep and leaves the rest to the system.
+/// curl_multi_poll until a socket, a timer or a message needs it, and takes results to where they
+/// are wanted (docs/decisions/0007-results-where-they-arrive.md). Never destroyed: after stop() its
+/// threads sleep, and the rest is left to the system.
 class CurlLoader : public Loader {
 public:
     CurlLoader();
@@ -41,6 +41,7 @@ public:
 
 private:
     using Transfer = std::shared_ptr<CurlTransfer>;
+    using Left = LeaderAndFollower::Left;
     struct Inbox {
         std::vector<Transfer> starts;
         std::vector<Token> cancels;
@@ -56,8 +57,6 @@ private:
 
     template <class Change>
     void tell(Change change);
-    using Left = LeaderAndFollower::Left;
-
     void lead();
     void perform();
     bool readInbox();
