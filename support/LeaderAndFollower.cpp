@@ -47,7 +47,7 @@ bool LeaderAndFollower::mayLead() const {
 // Until something may have changed.
 void LeaderAndFollower::follow(std::unique_lock<std::mutex>& lock) {
     isFollowed_ = true;
-    const bool leavesNowAndThen = std::exchange(absencesSeen_, absences_) != absences_;
+    const bool leavesNowAndThen = std::exchange(hasBeenAway_, false);
     if (leaderIsAway() && !stopping_) {
         changed_.wait_until(lock, awaySince_ + patience_);
     } else if (leavesNowAndThen) {
@@ -65,7 +65,7 @@ bool LeaderAndFollower::goAway() {
     if (!isFollowed_ || stopping_) return false;
     away_ = leader_;
     awaySince_ = Clock::now();
-    ++absences_;
+    hasBeenAway_ = true;
     if (std::exchange(followerSleeps_, false)) changed_.notify_all();
     return true;
 }

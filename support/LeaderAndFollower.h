@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -64,8 +63,7 @@ private:
     std::optional<std::thread::id> leader_;
     std::optional<std::thread::id> away_;  // in a task: the leader, or one that was
     Clock::time_point awaySince_;
-    std::uint64_t absences_ = 0;
-    std::uint64_t absencesSeen_ = 0;  // by the follower
+    bool hasBeenAway_ = false;  // since the follower looked
     bool isFollowed_ = false;
     bool followerSleeps_ = false;  // and needs to be told of the next absence
     bool stopping_ = false;
