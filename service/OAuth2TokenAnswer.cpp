@@ -1,5 +1,6 @@
 #include "service/OAuth2TokenAnswer.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <utility>

@@ -14,7 +14,7 @@ namespace {
 constexpr rkt::CharacterTable hostNameCharacters("-._");
 
 bool isControl(char c) {
-    return (c >= 0 && c < ' ') || c == '\x7F';
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
 
 bool isHost(std::string_view text) {
@@ -36,15 +36,18 @@ std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
     const std::string_view host = hostAndPath.substr(0, colon);
     const std::string_view path = hostAndPath.substr(colon + 1);
     if (user.empty() || path.empty() || !isHost(host)) return std::nullopt;
-    if (std::ranges::any_of(path, isControl) || !rkt::isUTF8(text)) return std::nullopt;
     constexpr std::string_view scheme = "ssh://";
     std::string url;
     url.reserve(scheme.size() + text.size());  // unless something must be encoded
     url = scheme;
-    rkt::appendPercentEncoded(url, user, rkt::userOrHostCharacters);
+    std::size_t encoded = rkt::appendPercentEncoded(url, user, rkt::userOrHostCharacters);
     url.append("@").append(host);
     if (!path.starts_with('/')) url += '/';
-    rkt::appendPercentEncoded(url, path, rkt::pathCharacters);
+    encoded += rkt::appendPercentEncoded(url, path, rkt::pathCharacters);
+    // What stands as it is needs no look: it is ASCII and no control character.
+    if (encoded != 0 && (std::ranges::any_of(path, isControl) || !rkt::isUTF8(text))) {
+        return std::nullopt;
+    }
     return RKTURLAccess::URLWithTextOfURL(std::move(url));
 }
 

@@ -6,17 +6,18 @@
 
 namespace rkt {
 
-void appendPercentEncoded(std::string& result, std::string_view text, const CharacterTable& table) {
+std::size_t appendPercentEncoded(std::string& result, std::string_view text,
+                                 const CharacterTable& table) {
     static constexpr std::string_view digits = "0123456789ABCDEF";
-    for (std::size_t start = 0;; ++start) {
-        const std::size_t run = start;
-        while (start < text.size() && table.contains(text[start])) ++start;
-        result.append(text, run, start - run);
-        if (start == text.size()) return;
-        const auto byte = static_cast<unsigned char>(text[start]);
+    for (std::size_t encoded = 0;; ++encoded) {
+        const std::size_t run = table.run(text);
+        result.append(text.substr(0, run));
+        if (run == text.size()) return encoded;
+        const auto byte = static_cast<unsigned char>(text[run]);
         result += '%';
         result += digits[byte >> 4U];
         result += digits[byte & 15U];
+        text.remove_prefix(run + 1);
     }
 }
 

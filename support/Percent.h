@@ -3,8 +3,8 @@
 #ifndef KORVOGITSERVICE_SUPPORT_PERCENT_H
 #define KORVOGITSERVICE_SUPPORT_PERCENT_H
 
-#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,12 +26,24 @@ public:
     }
 
     constexpr bool contains(char c) const { return stands_[static_cast<unsigned char>(c)]; }
-    /// std::all_of, which takes four characters at a time; std::ranges::all_of does not.
-    constexpr bool containsAll(std::string_view text) const {
-        return std::all_of(text.begin(), text.end(), [this](char c) { return contains(c); });
+    constexpr bool containsAll(std::string_view text) const { return run(text) == text.size(); }
+
+    /// How many characters `text` begins with before one that is not in the table.
+    constexpr std::size_t run(std::string_view text) const {
+        std::size_t length = 0;
+        while (text.size() - length >= 8 && containsEight(text.data() + length)) length += 8;
+        while (length < text.size() && contains(text[length])) ++length;
+        return length;
     }
 
 private:
+    /// Without a branch for each: a page has some 20,000 characters of URLs.
+    constexpr bool containsEight(const char* text) const {
+        bool all = true;
+        for (int i = 0; i < 8; ++i) all &= contains(text[i]);
+        return all;
+    }
+
     std::array<bool, 256> stands_{};
 };
 
@@ -46,7 +58,9 @@ inline constexpr CharacterTable queryItemCharacters("-._~!$'()*+,/:;?@");
 inline constexpr CharacterTable formValueCharacters("-._~!$&'()*+,/:;=?@");
 
 /// Every byte that is not in `table` as "%" and two upper-case digits.
-void appendPercentEncoded(std::string& result, std::string_view text, const CharacterTable& table);
+/// @return  how many these are
+std::size_t appendPercentEncoded(std::string& result, std::string_view text,
+                                 const CharacterTable& table);
 std::string percentEncode(std::string_view text, const CharacterTable& table);
 
 /// Nothing when a "%" has no two hexadecimal digits after it or when the result is not UTF-8.

@@ -37,6 +37,7 @@ TEST(rkt_URLWithString, EncodesWhatAnSCPPathMayHoldAndAURLMayNot) {
     EXPECT_EQ(cloneURL("git@host:a b%20?c#d:e@f/\u00e9.git"),
               "ssh://git@host/a%20b%2520%3Fc%23d:e@f/%C3%A9.git");
     EXPECT_EQ(cloneURL("a@b@host:x"), "ssh://a%40b@host/x");
+    EXPECT_EQ(cloneURL("\x01@host:x"), "ssh://%01@host/x");
 }
 
 TEST(rkt_URLWithString, RefusesAnSCPFormThatLacksAPart) {
@@ -48,7 +49,7 @@ TEST(rkt_URLWithString, RefusesAnSCPFormThatLacksAPart) {
 
 TEST(rkt_URLWithString, RefusesTextThatNoSCPFormHolds) {
     for (const auto* text : {"git@ho st:x", "git@host\n:x", "git@host:x\ny", "git@host:x\x7F",
-                             "git@host:\xFF", "git@h%41:x", "\xC3@host:x"}) {
+                             "git@host:\xFF", "git@h%41:x", "\xC3@host:x", "\xFF@host:x y"}) {
         EXPECT_EQ(cloneURL(text), "nothing") << text;
     }
 }

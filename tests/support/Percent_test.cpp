@@ -39,6 +39,32 @@ TEST(Percent, EncodesEveryByteOfACharacterInUpperCase) {
     EXPECT_EQ(rkt::percentEncode("\xFF", rkt::pathCharacters), "%FF");
 }
 
+TEST(Percent, FindsTheOneCharacterThatDoesNotStand) {
+    for (std::size_t size = 0; size <= 20; ++size) {
+        const std::string longer(40, 'a');
+        const auto plain = longer.substr(0, size);
+        EXPECT_EQ(rkt::pathCharacters.run(std::string_view(longer).substr(0, size)), size);
+        EXPECT_TRUE(rkt::pathCharacters.containsAll(plain)) << size;
+        for (std::size_t place = 0; place < size; ++place) {
+            std::string text = plain;
+            text[place] = ' ';
+            EXPECT_EQ(rkt::pathCharacters.run(text), place) << text;
+            EXPECT_FALSE(rkt::pathCharacters.containsAll(text)) << text;
+            std::string encoded = "<";
+            EXPECT_EQ(rkt::appendPercentEncoded(encoded, text, rkt::pathCharacters), 1U);
+            EXPECT_EQ(encoded, '<' + plain.substr(0, place) + "%20" + plain.substr(place + 1));
+        }
+    }
+}
+
+TEST(Percent, CountsWhatItEncodes) {
+    std::string result;
+    EXPECT_EQ(rkt::appendPercentEncoded(result, "", rkt::pathCharacters), 0U);
+    EXPECT_EQ(rkt::appendPercentEncoded(result, "/a~", rkt::pathCharacters), 0U);
+    EXPECT_EQ(rkt::appendPercentEncoded(result, " \n%\u00e9", rkt::pathCharacters), 5U);
+    EXPECT_EQ(result, "/a~%20%0A%25%C3%A9");
+}
+
 TEST(Percent, EncodesAPercentSignThatLooksLikeAnEncoding) {
     EXPECT_EQ(rkt::percentEncode("%41", rkt::queryItemCharacters), "%2541");
 }
