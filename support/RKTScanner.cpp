@@ -19,7 +19,8 @@ constexpr std::array skippable{
 /// How many bytes of white space `text` begins with, 0 or those of one character.
 std::size_t skippablePrefix(std::string_view text) {
     if (text.empty()) return 0;
-    if (text[0] == ' ' || (text[0] >= '\t' && text[0] <= '\r')) return 1;
+    const auto first = static_cast<unsigned char>(text.front());
+    if (first < 0x80) return first == ' ' || (first >= '\t' && first <= '\r') ? 1 : 0;
     const auto found = std::ranges::find_if(
         skippable, [text](std::string_view character) { return text.starts_with(character); });
     return found == skippable.end() ? 0 : found->size();
