@@ -7,13 +7,12 @@
 #include <stdexcept>
 #include <utility>
 
-// Most often texts are set in their order, each behind all that are there.
 RKTPackedTexts::Offset RKTPackedTexts::startOf(std::size_t number) const {
-    if (present_ >> number == 0) return used_;
     return std::accumulate(sizes_.begin(), sizes_.begin() + number, Offset{0});
 }
 
-void RKTPackedTexts::set(std::size_t number, std::optional<std::string_view> text) {
+void RKTPackedTexts::replace(std::size_t number, std::optional<std::string_view> text) {
+    if (!text && !get(number)) return;
     const std::string_view bytes = text.value_or(std::string_view());
     const auto start = startOf(number);
     const auto others = used_ - sizes_[number];

@@ -16,6 +16,8 @@ namespace {
 
 /// Enough bytes for all but a few records.
 constexpr std::size_t usualSizeOfTexts = 1024;
+/// What most services put on a page at most.
+constexpr std::size_t usualCount = 100;
 
 }  // namespace
 
@@ -121,6 +123,7 @@ struct RKTRepositoryMapping::Page {
 void RKTRepositoryMapping::fill(Page& page, std::span<const RKTJSONDictionary> elements) const {
     RKTPackedTexts room(usualSizeOfTexts);
     std::string texts;
+    texts.reserve(usualSizeOfTexts * std::min(usualCount, elements.size()));
     auto element = elements.begin();
     for (auto& record : page.records) {
         record.isShared_ = false;

@@ -38,7 +38,17 @@ public:
     /// Copies the text, which is not one of these. The block grows to what is needed and does not
     /// shrink. Throws when there is no memory, and std::length_error when all texts together would
     /// have 4 GiB or more; nothing is changed then.
-    void set(std::size_t number, std::optional<std::string_view> text);
+    void set(std::size_t number, std::optional<std::string_view> text) {
+        // Most often texts are set in their order, each behind all that are there.
+        if (text && present_ >> number == 0 && used_ + text->size() <= capacity_) {
+            text->copy(block_.get() + used_, text->size());
+            sizes_[number] = static_cast<Offset>(text->size());
+            used_ += sizes_[number];
+            present_ |= std::uint32_t{1} << number;
+        } else {
+            replace(number, text);
+        }
+    }
 
     /// How many bytes of text have room in the block.
     std::size_t capacity() const { return capacity_; }
@@ -59,6 +69,7 @@ private:
     using Offset = std::uint32_t;
 
     Offset startOf(std::size_t number) const;
+    void replace(std::size_t number, std::optional<std::string_view> text);
     void reserve(std::size_t size);
 
     std::unique_ptr<char[]> block_;

@@ -99,14 +99,16 @@ TEST(RKTPackedTexts, AreTheLastThatWereSetInWhicheverOrder) {
     for (int i = 0; i < 5000; ++i) {
         if (random() % 50 == 0) {
             moved.emplace_back(packed);
-            most = sizeOf(texts);
+            most = 0;
         }
         const auto number = random() % count;
         const auto letter = static_cast<char>('a' + random() % 26);
+        const auto before = texts;
         texts[number].reset();
         if (random() % 4 != 0) texts[number] = std::string(random() % 40, letter);
         packed.set(number, texts[number]);
-        most = std::max(most, sizeOf(texts));
+        const bool mustCopy = before[number] || texts[number];
+        if (mustCopy) most = std::max({most, sizeOf(before), sizeOf(texts)});
         ASSERT_EQ(textsOf(packed), texts) << i;
         ASSERT_EQ(packed.capacity(), most) << i;
     }
@@ -164,6 +166,15 @@ TEST(RKTPackedTexts, LeaveSomebodyElsesMemoryAsItIsWithTheNextChange) {
     }
 }
 
+TEST(RKTPackedTexts, StayInSomebodyElsesMemoryWhenNothingIsSetToNothing) {
+    RKTPackedTexts packed;
+    packed.set(7, "seven");
+    const Moved moved(packed);
+    for (const std::size_t number : {0U, 6U, 8U, 14U}) packed.set(number, std::nullopt);
+    EXPECT_EQ(packed.capacity(), 0U);
+    EXPECT_TRUE(moved.holds(packed.get(7).value()));
+}
+
 TEST(RKTPackedTexts, CanAllBecomeNothingInSomebodyElsesMemory) {
     RKTPackedTexts packed;
     packed.set(7, "seven");
@@ -196,7 +207,12 @@ TEST(RKTPackedTexts, AreUnchangedWhenOneIsTooLong) {
     const std::string_view tooLong(static_cast<const char*>(pages), size);
     EXPECT_THROW(packed.set(4, tooLong), std::length_error);
     EXPECT_THROW(packed.set(4, tooLong.substr(1)), std::length_error);
+    RKTPackedTexts one(100);
+    one.set(0, "ab");
+    EXPECT_THROW(one.set(4, tooLong.substr(1)), std::length_error);
     munmap(pages, size);
+    EXPECT_THAT(one.get(0), Optional(std::string_view("ab")));
+    EXPECT_EQ(one.get(4), std::nullopt);
     EXPECT_EQ(textsOf(packed), texts);
     EXPECT_EQ(packed.capacity(), sizeOf(texts));
 }
