@@ -12,6 +12,7 @@ namespace rkt {
 
 namespace {
 
+constexpr CharacterTable unreservedCharacters("-._~");
 constexpr CharacterTable URLCharactersButBrackets("-._~!$&'()*+,;=:@/?%#");
 
 /// Cuts off `text` what follows the first `separator`, and the separator.
@@ -96,11 +97,15 @@ bool isScheme(std::string_view text) {
 }
 
 std::optional<Authority> Authority::parse(std::string_view text) {
+    Authority authority;
+    if (unreservedCharacters.containsAll(text)) {
+        authority.host = text;  // and nothing else, as in nearly every request
+        return authority;
+    }
     const std::string reference = "//" + std::string(text);
     const ParsedAuthority parsed(reference);
     if (!parsed) return std::nullopt;
 
-    Authority authority;
     if (auto user = parsed.userInformation()) {
         const auto password = cutAfter(*user, ':');
         if (password && password->find(':') != std::string_view::npos) return std::nullopt;
