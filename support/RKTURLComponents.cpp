@@ -75,8 +75,8 @@ void RKTURLComponents::setHost(const std::optional<std::string>& host) {
         host_.reset();
     } else if (rkt::isIPLiteral(*host)) {
         host_ = *host;
-    } else if (rkt::isIPLiteral("[" + *host + "]")) {
-        host_ = "[" + *host + "]";
+    } else if (host->find(':') != std::string::npos && rkt::isIPLiteral("[" + *host + "]")) {
+        host_ = "[" + *host + "]";  // without the colon "v1.example.com" would be one, too
     } else {
         host_ = rkt::percentEncode(*host, rkt::userOrHostCharacters);
     }

@@ -71,6 +71,17 @@ TEST(RKTURLComponents, PutAnIPv6HostIntoBrackets) {
     EXPECT_EQ(textOf(components), "https://[::2]/x");
 }
 
+// Within brackets these are addresses of versions of IP to come (RFC 3986 section 3.2.2).
+TEST(RKTURLComponents, TakeAHostWithoutAColonForAName) {
+    RKTURLComponents components = componentsOf("https://h/x");
+    for (const std::string name : {"v1.example.com", "vc.example.com", "VF.x"}) {
+        components.setHost(name);
+        EXPECT_EQ(textOf(components), "https://" + name + "/x");
+    }
+    components.setHost("[v1.x]");
+    EXPECT_EQ(textOf(components), "https://[v1.x]/x");
+}
+
 TEST(RKTURLComponents, EncodeAHostThatIsNoAddress) {
     RKTURLComponents components = componentsOf("https://h/x");
     components.setHost("[::1");
