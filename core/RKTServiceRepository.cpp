@@ -1,6 +1,7 @@
 #include "KorvoGitService/RKTServiceRepository.h"
 
 #include <utility>
+#include <variant>
 
 #include "support/URLText.h"
 
@@ -39,9 +40,9 @@ std::optional<RKTServiceIdentifier> RKTServiceRepository::identifierAt(Text plac
 
 void RKTServiceRepository::setIdentifierAt(Text place,
                                            const std::optional<RKTServiceIdentifier>& value) {
-    const auto text = value ? value->stringValue() : std::nullopt;
-    const auto number = value ? value->numberValue() : std::nullopt;
+    const auto* const text = value ? std::get_if<std::string>(&value->value_) : nullptr;
+    const auto* const number = value ? std::get_if<RKTNumber>(&value->value_) : nullptr;
     const auto held = lock();
-    texts_.set(place, text);  // first, because it may throw
-    identifierNumbers_[place] = number;
+    texts_.set(place, text ? std::optional<std::string_view>(*text) : std::nullopt);  // may throw
+    identifierNumbers_[place] = number ? std::optional(*number) : std::nullopt;
 }

@@ -51,6 +51,8 @@ public:
     friend bool operator==(const RKTServiceIdentifier&, const RKTServiceIdentifier&) = default;
 
 private:
+    friend class RKTServiceRepository;
+
     std::variant<std::string, RKTNumber> value_;
 };
 
