@@ -1,5 +1,7 @@
 #include "support/RequestTarget.h"
 
+#include <arpa/inet.h>
+
 #include <charconv>
 #include <string_view>
 #include <system_error>
@@ -18,6 +20,18 @@ std::optional<int> portNumber(std::string_view digits) {
     int port = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), port);
     return result.ec == std::errc() && port <= largestPort ? std::optional(port) : std::nullopt;
+}
+
+/// An IPv6 address has many spellings, one of which is the usual (RFC 5952).
+std::string usualSpelling(const std::string& host) {
+    in6_addr address{};
+    char text[INET6_ADDRSTRLEN];
+    if (host.starts_with('[') &&
+        inet_pton(AF_INET6, host.substr(1, host.size() - 2).c_str(), &address) == 1 &&
+        inet_ntop(AF_INET6, &address, text, sizeof text)) {
+        return "[" + std::string(text) + "]";
+    }
+    return asciiLowered(host);
 }
 
 }  // namespace
@@ -48,7 +62,8 @@ std::variant<RequestTarget, TargetProblem> requestTarget(const std::optional<RKT
 }
 
 bool sameOrigin(const RequestTarget& a, const RequestTarget& b) {
-    return a.scheme == b.scheme && a.port == b.port && equalIgnoringCase(a.host, b.host);
+    return a.scheme == b.scheme && a.port == b.port &&
+           usualSpelling(a.host) == usualSpelling(b.host);
 }
 
 std::string failingURLString(const RKTURL& url) {

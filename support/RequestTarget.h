@@ -36,7 +36,8 @@ enum class TargetProblem {
 
 std::variant<RequestTarget, TargetProblem> requestTarget(const std::optional<RKTURL>& url);
 
-/// Whether both have the same scheme, host (in any letter case) and port (RFC 6454 section 5).
+/// Whether both have the same scheme, host and port (RFC 6454 section 5): names in any letter case,
+/// IPv6 addresses in any spelling.
 bool sameOrigin(const RequestTarget& a, const RequestTarget& b);
 
 /// The URL for an error text: without user information, query and fragment. Empty where a secret

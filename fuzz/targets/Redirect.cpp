@@ -3,6 +3,10 @@
 
 #include "support/session/Redirect.h"
 
+#include <arpa/inet.h>
+
+#include <iterator>
+
 #include "fuzz/common/Plain.h"
 #include "fuzz/common/Target.h"
 #include "support/RequestTarget.h"
@@ -11,11 +15,18 @@ namespace {
 
 using fuzz::require;
 
+// An IPv6 address may be spelled in several ways.
+std::string hostOf(const RKTURL& url) {
+    const auto host = url.host().value_or("");
+    in6_addr address{};
+    if (inet_pton(AF_INET6, host.c_str(), &address) != 1) return fuzz::plain::lowered(host);
+    return "bytes " + std::string(std::begin(address.s6_addr), std::end(address.s6_addr));
+}
+
 std::string originOf(const RKTURL& url) {
     const auto scheme = fuzz::plain::lowered(url.scheme().value_or(""));
     const int port = url.port().value_or(scheme == "https" ? 443 : 80);
-    return scheme + " " + fuzz::plain::lowered(url.host().value_or("")) + " " +
-           std::to_string(port);
+    return scheme + " " + hostOf(url) + " " + std::to_string(port);
 }
 
 void checkHeaders(const RKTURLRequest& from, const RKTURLRequest& to) {

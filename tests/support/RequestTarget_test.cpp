@@ -78,6 +78,20 @@ TEST(RequestTarget, HasAnOriginOfSchemeHostAndPort) {
     EXPECT_FALSE(rkt::sameOrigin(one, target("https://sub.h.example/a")));
 }
 
+TEST(RequestTarget, HasTheOriginOfAnIPv6AddressInAnySpelling) {
+    const RequestTarget one = target("https://[2001:DB8::1]:8443/a");
+    for (const auto* same :
+         {"https://[2001:db8::1]:8443/b", "https://[2001:0db8:0000:0000:0000:0000:0000:0001]:8443/",
+          "https://[2001:db8::0.0.0.1]:8443/"}) {
+        EXPECT_TRUE(rkt::sameOrigin(one, target(same))) << same;
+    }
+    for (const auto* other : {"https://[2001:db8::2]:8443/", "https://[2001:db8::1]/",
+                              "https://2001.db8..1:8443/", "https://[v1.a]:8443/"}) {
+        EXPECT_FALSE(rkt::sameOrigin(one, target(other))) << other;
+    }
+    EXPECT_TRUE(rkt::sameOrigin(target("https://[v1.A]/"), target("https://[V1.a]/")));
+}
+
 TEST(failingURLString, LeavesOutUserInformationQueryAndFragment) {
     EXPECT_EQ(rkt::failingURLString(URL("https://user:secret@h:8443/a/b?token=secret#secret")),
               "https://h:8443/a/b");
