@@ -11,6 +11,7 @@
 #include "KorvoGitService/RKTURLComponents.h"
 #include "support/Percent.h"
 #include "support/RequestTarget.h"
+#include "support/URLText.h"
 
 namespace rkt {
 namespace {
@@ -33,9 +34,10 @@ struct Grammar {
 constexpr CharacterTable referenceCharacters("-._~!$&'()*+,;=:@/?%#[]");
 
 // "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2). Servers
-// also send characters that a URI may not hold; they are percent-encoded, as every client does.
+// also send characters that a URI may not hold, or brackets where none may stand; they are
+// percent-encoded, as every client does.
 std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
-    const auto reference = percentEncode(location, referenceCharacters);
+    const auto reference = strayBracketsEncoded(percentEncode(location, referenceCharacters));
     const Grammar absolute(base.absoluteString());
     const Grammar relative(reference);
     if (!absolute.parsed || !relative.parsed) return std::nullopt;

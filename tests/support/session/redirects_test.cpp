@@ -101,6 +101,29 @@ TEST_F(Redirects, SendsAuthorizationToTheSameOriginOnlyAndNeverAgainAfterwards) 
     EXPECT_EQ(requests[3].headers.get("Accept"), "application/json");
 }
 
+// A target that was resolved has an address written out in full.
+TEST_F(Redirects, SendsAuthorizationToTheSameIPv6Address) {
+    origin.settings.hostMappings.push_back(
+        {"2001:db8::1", 80, "127.0.0.1", origin.server.httpPort()});
+    Answer redirect{.status = 302};
+    redirect.headers.add("Location", "/2");
+    origin.server.script({.path = "/1"}, redirect);
+    origin.server.script({.path = "/2"}, Answer{});
+    auto request = requestTo("http://[2001:db8::1]/1");
+    request.setValue("Bearer planted", "Authorization");
+    EXPECT_EQ(origin.load(request).status(), 200);
+    EXPECT_EQ(origin.server.requests().at(1).headers.get("Authorization"), "Bearer planted");
+}
+
+TEST_F(Redirects, EncodesBracketsThatStandInNoHost) {
+    Answer redirect{.status = 301};
+    redirect.headers.add("Location", origin.url("/[1]?page[size]=2#[x]"));
+    origin.server.script({.path = "/x"}, redirect);
+    origin.server.script({}, Answer{});
+    EXPECT_EQ(load().status(), 200);
+    EXPECT_EQ(origin.server.requests().at(1).target, "/%5B1%5D?page%5Bsize%5D=2");
+}
+
 TEST_F(Redirects, EncodesWhatALocationShouldNotHold) {
     Answer redirect{.status = 301};
     redirect.headers.add("Location", "/gr\xc3\xbc\xc3\x9f \"e\"");
