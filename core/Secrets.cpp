@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t shortestLookedFor = 8;
 constexpr std::string_view substitute = "***";
-constexpr CharacterTable unreservedCharacters("-._~");
 
 void cutOut(const std::string& secret, std::string& text) {
     for (auto place = text.find(secret); place != std::string::npos;

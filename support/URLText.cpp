@@ -12,7 +12,6 @@ namespace rkt {
 
 namespace {
 
-constexpr CharacterTable unreservedCharacters("-._~");
 constexpr CharacterTable URLCharactersButBrackets("-._~!$&'()*+,;=:@/?%#");
 
 /// Cuts off `text` what follows the first `separator`, and the separator.
