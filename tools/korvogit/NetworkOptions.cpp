@@ -89,7 +89,8 @@ std::string parseProxy(const std::string& text) {
     const auto url = RKTURL::URLWithString(text);
     const auto scheme = url ? url->scheme() : std::nullopt;
     const auto host = url ? url->host() : std::nullopt;
-    const bool known = scheme && std::ranges::find(schemes, *scheme) != schemes.end();
+    const bool known =
+        std::ranges::find(schemes, CLI::ignore_case(scheme.value_or(""))) != schemes.end();
     if (!known || !host || host->empty()) {
         // The text is not repeated: it may hold a password.
         throw CLI::ValidationError("--proxy",

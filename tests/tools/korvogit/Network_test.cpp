@@ -66,4 +66,14 @@ TEST_F(KorvogitNetwork, GoesThroughTheProxy) {
     EXPECT_EQ(proxy.requests().at(0).target, "api.github.com:443");
 }
 
+TEST_F(KorvogitNetwork, TakesTheProxysSchemeInAnyLetterCase) {
+    emulator::ForwardProxy proxy;
+    proxy.route("api.github.com:443", server.httpsPort());
+    const Ended ended =
+        run(launch({"validate", "--service", "GitHub", "--user", "octavia", "--cacert",
+                    server.caFile().string(), "--proxy", "HTTP" + proxy.url().substr(4)}));
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(proxy.requests().at(0).target, "api.github.com:443");
+}
+
 }  // namespace
