@@ -28,6 +28,14 @@ std::string percentEncode(std::string_view text, const CharacterTable& table) {
     return encoded;
 }
 
+std::optional<char> percentEncodedByte(std::string_view text) {
+    if (text.size() < 3 || text[0] != '%') return std::nullopt;
+    const int high = hexDigitValue(text[1]);
+    const int low = hexDigitValue(text[2]);
+    if (high < 0 || low < 0) return std::nullopt;
+    return static_cast<char>(high * 16 + low);
+}
+
 std::optional<std::string> percentDecode(std::string_view text) {
     std::string decoded;
     decoded.reserve(text.size());
@@ -36,11 +44,9 @@ std::optional<std::string> percentDecode(std::string_view text) {
             decoded += text[i];
             continue;
         }
-        if (text.size() - i < 3) return std::nullopt;
-        const int high = hexDigitValue(text[i + 1]);
-        const int low = hexDigitValue(text[i + 2]);
-        if (high < 0 || low < 0) return std::nullopt;
-        decoded += static_cast<char>(high * 16 + low);
+        const auto byte = percentEncodedByte(text.substr(i));
+        if (!byte) return std::nullopt;
+        decoded += *byte;
         i += 2;
     }
     if (!isUTF8(decoded)) return std::nullopt;

@@ -65,6 +65,10 @@ std::size_t appendPercentEncoded(std::string& result, std::string_view text,
                                  const CharacterTable& table);
 std::string percentEncode(std::string_view text, const CharacterTable& table);
 
+/// The byte that the "%" and two digits at the beginning of `text` stand for; nothing when it
+/// begins otherwise.
+std::optional<char> percentEncodedByte(std::string_view text);
+
 /// Nothing when a "%" has no two hexadecimal digits after it or when the result is not UTF-8.
 std::optional<std::string> percentDecode(std::string_view text);
 

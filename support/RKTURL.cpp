@@ -22,10 +22,7 @@ bool isURLText(std::string_view text) {
         const char c = text[i];
         if (!validCharacters.contains(c)) return false;
         if (c == '%') {
-            if (text.size() - i < 3 || rkt::hexDigitValue(text[i + 1]) < 0 ||
-                rkt::hexDigitValue(text[i + 2]) < 0) {
-                return false;
-            }
+            if (!rkt::percentEncodedByte(text.substr(i))) return false;
             i += 2;
         } else if (c == '#') {
             if (hasFragment) return false;

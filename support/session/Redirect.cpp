@@ -2,7 +2,7 @@
 
 #include <uriparser/Uri.h>
 
-#include <memory>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -32,12 +32,32 @@ struct Grammar {
 
 // All that a reference may hold, its own percent-encoding included.
 constexpr CharacterTable referenceCharacters("-._~!$&'()*+,;=:@/?%#[]");
+constexpr CharacterTable fragmentCharacters("-._~!$&'()*+,;=:@/?%[]");
 
-// "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2). Servers
-// also send characters that a URI may not hold, or brackets where none may stand; they are
-// percent-encoded, as every client does.
+/// `text` with every "%" percent-encoded that two hexadecimal digits do not follow.
+std::string strayPercentsEncoded(std::string_view text) {
+    std::string result;
+    for (; !text.empty(); text.remove_prefix(1)) {
+        const bool isStray = text.front() == '%' && !percentEncodedByte(text);
+        result.append(isStray ? "%25" : text.substr(0, 1));
+    }
+    return result;
+}
+
+/// Servers send characters that a URI may not hold, or not where they stand. They are
+/// percent-encoded, as every client does.
+std::string URIReference(std::string_view location) {
+    std::string text = strayPercentsEncoded(percentEncode(location, referenceCharacters));
+    if (const std::size_t hash = text.find('#'); hash != std::string::npos) {
+        text.replace(hash + 1, text.npos,
+                     percentEncode(std::string_view(text).substr(hash + 1), fragmentCharacters));
+    }
+    return strayBracketsEncoded(text);
+}
+
+// "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2).
 std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
-    const auto reference = strayBracketsEncoded(percentEncode(location, referenceCharacters));
+    const auto reference = URIReference(location);
     const Grammar absolute(base.absoluteString());
     const Grammar relative(reference);
     if (!absolute.parsed || !relative.parsed) return std::nullopt;

@@ -133,4 +133,24 @@ TEST_F(Redirects, EncodesWhatALocationShouldNotHold) {
     EXPECT_EQ(origin.server.requests().at(1).target, "/gr%C3%BC%C3%9F%20%22e%22");
 }
 
+TEST_F(Redirects, EncodesAPercentSignThatEncodesNothing) {
+    Answer redirect{.status = 301};
+    redirect.headers.add("Location", "/100%/%2f%2/%zz?50%&%\xc3\xbc%");
+    origin.server.script({.path = "/x"}, redirect);
+    origin.server.script({}, Answer{});
+    EXPECT_EQ(load().status(), 200);
+    EXPECT_EQ(origin.server.requests().at(1).target, "/100%25/%2f%252/%25zz?50%25&%25%C3%BC%25");
+}
+
+TEST_F(Redirects, EncodesASecondHash) {
+    Answer redirect{.status = 301};
+    redirect.headers.add("Location", "/a?b#c#d");
+    origin.server.script({.path = "/x"}, redirect);
+    origin.server.script({}, Answer{});
+    const Loaded loaded = load();
+    EXPECT_EQ(loaded.status(), 200);
+    EXPECT_EQ(loaded.response->URL()->absoluteString(), origin.url("/a?b#c%23d"));
+    EXPECT_EQ(origin.server.requests().at(1).target, "/a?b");
+}
+
 }  // namespace
