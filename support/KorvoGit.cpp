@@ -17,8 +17,8 @@ bool isControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
 }
 
-bool isHost(std::string_view text) {
-    return rkt::isIPLiteral(text) || (!text.empty() && hostNameCharacters.containsAll(text));
+bool isHostName(std::string_view text) {
+    return !text.empty() && hostNameCharacters.containsAll(text);
 }
 
 /// `user@host:path`, where nothing before the ":" is a "/". The path is no URL text: it is taken
@@ -35,13 +35,14 @@ std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
     if (colon == std::string_view::npos) return std::nullopt;
     const std::string_view host = hostAndPath.substr(0, colon);
     const std::string_view path = hostAndPath.substr(colon + 1);
-    if (user.empty() || path.empty() || !isHost(host)) return std::nullopt;
+    const auto literal = host.starts_with('[') ? rkt::IPLiteral(host) : std::nullopt;
+    if (user.empty() || path.empty() || !(literal || isHostName(host))) return std::nullopt;
     constexpr std::string_view scheme = "ssh://";
     std::string url;
     url.reserve(scheme.size() + text.size());  // unless something must be encoded
     url = scheme;
     std::size_t encoded = rkt::appendPercentEncoded(url, user, rkt::userOrHostCharacters);
-    url.append("@").append(host);
+    url.append("@").append(literal ? *literal : host);
     if (!path.starts_with('/')) url += '/';
     encoded += rkt::appendPercentEncoded(url, path, rkt::pathCharacters);
     // What stands as it is needs no look: it is ASCII and no control character.

@@ -73,10 +73,8 @@ std::optional<std::string> RKTURLComponents::host() const {
 void RKTURLComponents::setHost(const std::optional<std::string>& host) {
     if (!host) {
         host_.reset();
-    } else if (rkt::isIPLiteral(*host)) {
-        host_ = *host;
-    } else if (host->find(':') != std::string::npos && rkt::isIPLiteral("[" + *host + "]")) {
-        host_ = "[" + *host + "]";  // without the colon "v1.example.com" would be one, too
+    } else if (auto literal = rkt::IPLiteral(*host)) {
+        host_ = std::move(literal);
     } else {
         host_ = rkt::percentEncode(*host, rkt::userOrHostCharacters);
     }

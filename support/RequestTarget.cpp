@@ -2,7 +2,9 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -22,14 +24,16 @@ std::optional<int> portNumber(std::string_view digits) {
     return result.ec == std::errc() && port <= largestPort ? std::optional(port) : std::nullopt;
 }
 
-/// An IPv6 address has many spellings, one of which is the usual (RFC 5952).
+/// An IPv6 address has many spellings, one of which is the usual (RFC 5952). Its zone, the name of
+/// an interface, stays as it is.
 std::string usualSpelling(const std::string& host) {
+    const std::size_t addressEnd = std::min(host.find_first_of("%]"), host.size());
     in6_addr address{};
     char text[INET6_ADDRSTRLEN];
     if (host.starts_with('[') &&
-        inet_pton(AF_INET6, host.substr(1, host.size() - 2).c_str(), &address) == 1 &&
+        inet_pton(AF_INET6, host.substr(1, addressEnd - 1).c_str(), &address) == 1 &&
         inet_ntop(AF_INET6, &address, text, sizeof text)) {
-        return "[" + std::string(text) + "]";
+        return "[" + std::string(text) + host.substr(addressEnd);
     }
     return asciiLowered(host);
 }
@@ -79,7 +83,9 @@ std::string failingURLString(const RKTURL& url) {
     if (text.scheme) result.append(*text.scheme).append(":");
     if (text.authority) {
         const auto authority = Authority::parse(*text.authority);
-        if (!authority || authority->host.find('%') != std::string::npos) return "";
+        if (!authority) return "";
+        const bool isName = !authority->host.starts_with('[');
+        if (isName && authority->host.find('%') != std::string::npos) return "";
         result.append("//").append(authority->host);
         if (authority->port) result.append(":").append(*authority->port);
     }

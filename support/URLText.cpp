@@ -13,6 +13,7 @@ namespace rkt {
 namespace {
 
 constexpr CharacterTable URLCharactersButBrackets("-._~!$&'()*+,;=:@/?%#");
+constexpr CharacterTable zoneCharacters("-._~%");
 
 /// Cuts off `text` what follows the first `separator`, and the separator.
 std::optional<std::string_view> cutAfter(std::string_view& text, char separator) {
@@ -40,9 +41,8 @@ public:
     }
 
     explicit operator bool() const { return parsed_; }
-    bool hostIsIPLiteral() const {
-        return uri_.hostData.ip6 != nullptr || uri_.hostData.ipFuture.first != nullptr;
-    }
+    bool hostIsIPv6() const { return uri_.hostData.ip6 != nullptr; }
+    bool hostIsIPLiteral() const { return hostIsIPv6() || uri_.hostData.ipFuture.first != nullptr; }
     std::string_view host() const { return range(uri_.hostText).value_or(""); }
     std::optional<std::string_view> userInformation() const { return range(uri_.userInfo); }
     std::optional<std::string_view> port() const { return range(uri_.portText); }
@@ -56,6 +56,17 @@ private:
     UriUriA uri_{};
     bool parsed_ = false;
 };
+
+/// What stands between the address and the "]" in the authority's brackets, "%25" and a name
+/// (RFC 6874 section 2), otherwise an empty part of it.
+std::string_view zoneIn(std::string_view authority) {
+    const std::size_t bracket = std::min(authority.find('['), authority.size());
+    const auto literal = authority.substr(bracket, authority.find(']', bracket) - bracket);
+    const auto zone = literal.substr(std::min(literal.find('%'), literal.size()));
+    const bool isOne = zone.size() > 3 && zone.starts_with("%25") &&
+                       zoneCharacters.containsAll(zone) && percentDecode(zone);
+    return isOne ? zone : authority.substr(0, 0);
+}
 
 std::optional<std::string> withoutLeadingZeros(std::optional<std::string_view> port) {
     if (!port || port->empty()) return std::nullopt;
@@ -101,9 +112,13 @@ std::optional<Authority> Authority::parse(std::string_view text) {
         authority.host = text;  // and nothing else, as in nearly every request
         return authority;
     }
-    const std::string reference = "//" + std::string(text);
+    const std::string_view zone = zoneIn(text);  // which uriparser does not know
+    const auto zonePlace = static_cast<std::size_t>(zone.data() - text.data());
+    const std::string reference = std::string("//")
+                                      .append(text.substr(0, zonePlace))
+                                      .append(text.substr(zonePlace + zone.size()));
     const ParsedAuthority parsed(reference);
-    if (!parsed) return std::nullopt;
+    if (!parsed || (!zone.empty() && !parsed.hostIsIPv6())) return std::nullopt;
 
     if (auto user = parsed.userInformation()) {
         const auto password = cutAfter(*user, ':');
@@ -111,16 +126,28 @@ std::optional<Authority> Authority::parse(std::string_view text) {
         authority.user = *user;
         authority.password = password;
     }
-    authority.host = parsed.hostIsIPLiteral() ? "[" + std::string(parsed.host()) + "]"
-                                              : std::string(parsed.host());
+    authority.host = parsed.host();
+    if (parsed.hostIsIPLiteral()) {
+        authority.host.insert(0, "[").append(zone).append("]");
+    }
     authority.port = withoutLeadingZeros(parsed.port());
     return authority;
 }
 
-bool isIPLiteral(std::string_view text) {
-    if (!text.starts_with('[')) return false;
-    const auto authority = Authority::parse(text);
-    return authority && authority->host == text;
+std::optional<std::string> IPLiteral(std::string_view plainText) {
+    auto address = plainText;
+    if (address.starts_with('[') && address.ends_with(']')) {
+        address = address.substr(1, address.size() - 2);
+    } else if (address.find(':') == std::string_view::npos) {
+        return std::nullopt;  // "v1.example.com" would be a future address
+    }
+    const std::size_t zone = std::min(address.find('%'), address.size());
+    std::string literal("[");
+    literal.append(address.substr(0, zone));
+    appendPercentEncoded(literal, address.substr(zone), unreservedCharacters);
+    literal += ']';
+    const auto authority = Authority::parse(literal);
+    return authority && authority->host == literal ? std::optional(literal) : std::nullopt;
 }
 
 std::string strayBracketsEncoded(std::string_view text) {

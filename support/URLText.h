@@ -47,14 +47,17 @@ struct Authority {
 
     std::optional<std::string> user;
     std::optional<std::string> password;
-    /// An IPv6 address with its brackets.
+    /// An IPv6 address with its brackets, and within them its zone as in `[fe80::1%25eth0]`
+    /// (RFC 6874 section 2).
     std::string host;
     /// Digits without leading zeros, as many as there were. Nothing for the empty port of `host:`.
     std::optional<std::string> port;
 };
 
-/// Whether `text` is an IPv6 or future address within brackets.
-bool isIPLiteral(std::string_view text);
+/// How an IPv6 or future address stands in a URL: within brackets, its zone percent-encoded.
+/// Nothing for any other text.
+/// @param plainText  not percent-encoded; an IPv6 address with brackets or without
+std::optional<std::string> IPLiteral(std::string_view plainText);
 
 /// A URL's text with every bracket percent-encoded that does not stand in a host which begins with
 /// one: RFC 3986 gives brackets no other place.

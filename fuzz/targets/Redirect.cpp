@@ -5,6 +5,7 @@
 
 #include <arpa/inet.h>
 
+#include <algorithm>
 #include <iterator>
 
 #include "fuzz/common/Plain.h"
@@ -15,12 +16,17 @@ namespace {
 
 using fuzz::require;
 
-// An IPv6 address may be spelled in several ways.
+// What is asked, where a name may be spelled in several ways, and an IPv6 address.
 std::string hostOf(const RKTURL& url) {
-    const auto host = url.host().value_or("");
+    const auto target = rkt::requestTarget(url);
+    const auto host = std::get<rkt::RequestTarget>(target).host;
+    const auto end = std::min(host.find_first_of("%]"), host.size());
     in6_addr address{};
-    if (inet_pton(AF_INET6, host.c_str(), &address) != 1) return fuzz::plain::lowered(host);
-    return "bytes " + std::string(std::begin(address.s6_addr), std::end(address.s6_addr));
+    if (!host.starts_with('[') ||
+        inet_pton(AF_INET6, host.substr(1, end - 1).c_str(), &address) != 1) {
+        return fuzz::plain::lowered(host);
+    }
+    return std::string(std::begin(address.s6_addr), std::end(address.s6_addr)) + host.substr(end);
 }
 
 std::string originOf(const RKTURL& url) {

@@ -46,9 +46,10 @@ public:
     /// Nothing also when there is a user alone.
     std::optional<std::string> password() const;
 
-    /// Decoded; an IPv6 address keeps its brackets.
+    /// Decoded; an IPv6 address keeps its brackets and its zone, as in `[fe80::1%eth0]`.
     std::optional<std::string> host() const;
-    /// `setHost:`. An IPv6 address may come with or without brackets and gets them.
+    /// `setHost:`. An IPv6 address may come with or without brackets and gets them. It may have a
+    /// zone, "%" and a name, which becomes `%25` and the name (RFC 6874).
     void setHost(const std::optional<std::string>& host);
 
     /// A port beyond 65535 is refused by the session, not here. Nothing also for one beyond 64

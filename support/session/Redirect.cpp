@@ -55,10 +55,19 @@ std::string URIReference(std::string_view location) {
     return strayBracketsEncoded(text);
 }
 
-// "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2).
-std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
-    const auto reference = URIReference(location);
-    const Grammar absolute(base.absoluteString());
+/// `text` with another authority, where it has one.
+std::string withAuthority(std::string_view text, std::string_view authority) {
+    std::string result(text);
+    if (const auto old = URLText(text).authority) {
+        result.replace(static_cast<std::size_t>(old->data() - text.data()), old->size(), authority);
+    }
+    return result;
+}
+
+/// RFC 3986 section 5.2.
+std::optional<std::string> resolvedByGrammar(const std::string& base,
+                                             const std::string& reference) {
+    const Grammar absolute(base);
     const Grammar relative(reference);
     if (!absolute.parsed || !relative.parsed) return std::nullopt;
     Grammar target;
@@ -72,7 +81,20 @@ std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
     if (uriToStringA(text.data(), &target.uri, length + 1, nullptr) != URI_SUCCESS)
         return std::nullopt;
     text.resize(static_cast<std::size_t>(length));
-    return RKTURL::URLWithString(text);
+    return text;
+}
+
+// "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2). Nothing
+// within an authority takes part in resolving, and uriparser knows no zones of addresses: it is
+// shown a name instead.
+std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
+    const std::string reference = URIReference(location);
+    auto authority = URLText(reference).authority;
+    if (!authority) authority = URLText(base.absoluteString()).authority;
+    const auto target =
+        resolvedByGrammar(withAuthority(base.absoluteString(), "h"), withAuthority(reference, "h"));
+    if (!target || !authority) return std::nullopt;
+    return RKTURL::URLWithString(withAuthority(*target, *authority));
 }
 
 bool becomesGet(const std::string& method, int status) {

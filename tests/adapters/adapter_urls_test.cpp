@@ -8,6 +8,9 @@
 
 namespace {
 
+using testing::Optional;
+using testing::StartsWith;
+
 std::optional<std::string> firstPageURL(RKTService& service) {
     return listingURL(service);
 }
@@ -59,5 +62,18 @@ INSTANTIATE_TEST_SUITE_P(, AdapterURLs, testing::ValuesIn(columns),
                          [](const testing::TestParamInfo<Column>& column) {
                              return std::string(column.param.name);
                          });
+
+// Where it was lost, GitHub Enterprise's adapter would ask the public host, with the account's
+// token.
+TEST(SelfHostedURLs, KeepTheZoneOfAnIPv6Address) {
+    for (const char* serviceType : {RKTServiceTypeGitHubEnterprise, RKTServiceTypeBitbucketServer,
+                                    RKTServiceTypeGitLabSelfHosted}) {
+        const auto service =
+            serviceWith(credentialsFor(serviceType, "https://[fe80::1%25eth0]:8443/x", "jdoe"));
+        for (const auto& url : {validationURL(*service), firstPageURL(*service)}) {
+            EXPECT_THAT(url, Optional(StartsWith("https://[fe80::1%25eth0]:8443/"))) << serviceType;
+        }
+    }
+}
 
 }  // namespace

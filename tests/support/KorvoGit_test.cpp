@@ -33,6 +33,13 @@ TEST(rkt_URLWithString, KeepsAnIPv6HostInItsBrackets) {
     EXPECT_EQ(cloneURL("git@[host:22]:octo/x.git"), "nothing");
 }
 
+TEST(rkt_URLWithString, EncodesTheZoneOfAnIPv6Host) {
+    EXPECT_EQ(cloneURL("git@[fe80::1%eth0]:octo/x.git"), "ssh://git@[fe80::1%25eth0]/octo/x.git");
+    EXPECT_EQ(cloneURL("ssh://git@[fe80::1%25eth0]/x"), "ssh://git@[fe80::1%25eth0]/x");
+    EXPECT_EQ(cloneURL("git@[fe80::1%]:x"), "nothing");
+    EXPECT_EQ(cloneURL("git@[h%eth0]:x"), "nothing");
+}
+
 TEST(rkt_URLWithString, EncodesWhatAnSCPPathMayHoldAndAURLMayNot) {
     EXPECT_EQ(cloneURL("git@host:a b%20?c#d:e@f/\u00e9.git"),
               "ssh://git@host/a%20b%2520%3Fc%23d:e@f/%C3%A9.git");

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/helpers/Corpus.h"
+#include "tests/helpers/URLs.h"
 
 namespace {
 
@@ -69,6 +70,39 @@ TEST(RKTURLComponents, PutAnIPv6HostIntoBrackets) {
     EXPECT_EQ(textOf(components), "https://[::1]/x");
     components.setHost("[::2]");
     EXPECT_EQ(textOf(components), "https://[::2]/x");
+}
+
+// RFC 6874: where link-local addresses are, an interface must be named.
+TEST(RKTURLComponents, KeepTheZoneOfAnIPv6Host) {
+    RKTURLComponents components = componentsOf("https://u@[fe80::1%25eth0]:8443/x");
+    EXPECT_THAT(components.host(), Optional(Eq("[fe80::1%eth0]")));
+    EXPECT_EQ(components.port(), 8443);
+    components.setPath("/api/v4/user");
+    EXPECT_EQ(textOf(components), "https://u@[fe80::1%25eth0]:8443/api/v4/user");
+    EXPECT_THAT(componentsOf("https://[fe80::1%25br%2D1%3a2]").host(),
+                Optional(Eq("[fe80::1%br-1:2]")));
+}
+
+TEST(RKTURLComponents, WriteTheZoneOfAnIPv6HostThatIsSet) {
+    RKTURLComponents components = componentsOf("https://h/x");
+    components.setHost(RKTURL::URLWithString("http://[fe80::1%25eth0]/")->host());
+    EXPECT_EQ(textOf(components), "https://[fe80::1%25eth0]/x");
+    for (const std::string zone : {"eth0", "br-1:2", "25", "a]b/@\u00e9"}) {
+        components.setHost("[fe80::1%" + zone + "]");
+        EXPECT_TRUE(textOf(components).starts_with("https://[fe80::1%25")) << textOf(components);
+        EXPECT_THAT(componentsOf(textOf(components)).host(),
+                    Optional(Eq("[fe80::1%" + zone + "]")));
+    }
+}
+
+TEST(RKTURLComponents, AreImpossibleWithAZoneThatIsNoneOrWithoutAnAddress) {
+    for (const auto* text :
+         {"https://[fe80::1%25]/", "https://[fe80::1%41]/", "https://[fe80::1%25a:b]/",
+          "https://[fe80::1%25%FF]/", "https://[%25eth0]/", "https://[v1.x%25eth0]/",
+          "https://[1.2.3.4%25eth0]/", "https://[fe80::1%25eth0", "https://[fe80::1]%25eth0/",
+          "https://[fe80::1]%25eth0]/", "https://[fe80::1%25a]@h/"}) {
+        EXPECT_FALSE(RKTURLComponents::componentsWithURL(URL(text))) << text;
+    }
 }
 
 // Within brackets these are addresses of versions of IP to come (RFC 3986 section 3.2.2).

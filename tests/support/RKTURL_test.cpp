@@ -116,6 +116,11 @@ TEST(RKTURL, GivesNothingForPartsThatAreNotUTF8) {
     EXPECT_EQ(url.path(), "");
 }
 
+TEST(RKTURL, GivesAnIPv6HostWithItsZone) {
+    EXPECT_THAT(URL("https://[fe80::1%25eth0]:8443/x").host(), Optional(Eq("fe80::1%eth0")));
+    EXPECT_EQ(URL("https://[fe80::1%25eth0]:8443/x").port(), 8443);
+}
+
 TEST(RKTURL, GivesAnIPv6HostWithoutBrackets) {
     const RKTURL url = URL("https://u:p@[2001:db8::1]:8443/x");
     EXPECT_THAT(url.host(), Optional(Eq("2001:db8::1")));

@@ -69,6 +69,11 @@ TEST(RequestTarget, KeepsTheBracketsOfAnIPv6Host) {
     EXPECT_EQ(loadedURL("https://[::1]:8443/x"), "https://[::1]:8443/x");
 }
 
+TEST(RequestTarget, KeepsTheZoneOfAnIPv6Host) {
+    EXPECT_EQ(target("https://[fe80::1%25eth0]:8443/x").host, "[fe80::1%25eth0]");
+    EXPECT_EQ(loadedURL("https://[fe80::1%25eth0]:8443/x"), "https://[fe80::1%25eth0]:8443/x");
+}
+
 TEST(RequestTarget, HasAnOriginOfSchemeHostAndPort) {
     const RequestTarget one = target("https://h.example/a");
     EXPECT_TRUE(rkt::sameOrigin(one, target("HTTPS://u@H.EXAMPLE:443/b?c")));
@@ -92,10 +97,21 @@ TEST(RequestTarget, HasTheOriginOfAnIPv6AddressInAnySpelling) {
     EXPECT_TRUE(rkt::sameOrigin(target("https://[v1.A]/"), target("https://[V1.a]/")));
 }
 
+TEST(RequestTarget, HasAnotherOriginAtAnotherInterface) {
+    const RequestTarget one = target("https://[fe80::1%25eth0]/");
+    EXPECT_TRUE(rkt::sameOrigin(one, target("https://[FE80:0::1%25eth0]/")));
+    for (const auto* other :
+         {"https://[fe80::1%25eth1]/", "https://[fe80::1%25ETH0]/", "https://[fe80::1]/"}) {
+        EXPECT_FALSE(rkt::sameOrigin(one, target(other))) << other;
+    }
+}
+
 TEST(failingURLString, LeavesOutUserInformationQueryAndFragment) {
     EXPECT_EQ(rkt::failingURLString(URL("https://user:secret@h:8443/a/b?token=secret#secret")),
               "https://h:8443/a/b");
     EXPECT_EQ(rkt::failingURLString(URL("https://[::1]/")), "https://[::1]/");
+    EXPECT_EQ(rkt::failingURLString(URL("https://[fe80::1%25eth0]/?x")),
+              "https://[fe80::1%25eth0]/");
     EXPECT_EQ(rkt::failingURLString(URL("https:/api/v4/user?x")), "https:/api/v4/user");
     EXPECT_EQ(rkt::failingURLString(URL("")), "");
 }

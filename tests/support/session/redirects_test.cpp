@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "tests/helpers/Loading.h"
 
 namespace {
@@ -101,19 +103,48 @@ TEST_F(Redirects, SendsAuthorizationToTheSameOriginOnlyAndNeverAgainAfterwards) 
     EXPECT_EQ(requests[3].headers.get("Accept"), "application/json");
 }
 
-// A target that was resolved has an address written out in full.
-TEST_F(Redirects, SendsAuthorizationToTheSameIPv6Address) {
+struct SameHost {
+    const char* name;
+    const char* host;
+    /// As mappings and the field "Host" have it.
+    const char* askedHost;
+    const char* location;
+};
+void PrintTo(const SameHost& host, std::ostream* out) {
+    *out << host.name;
+}
+
+class RedirectToTheSameHost : public testing::TestWithParam<SameHost> {};
+
+TEST_P(RedirectToTheSameHost, TakesAuthorizationAlong) {
+    const auto& [name, host, askedHost, location] = GetParam();
+    Origin origin;
+    const std::string unbracketed =
+        *askedHost == '[' ? std::string(askedHost + 1, std::strlen(askedHost) - 2) : askedHost;
     origin.settings.hostMappings.push_back(
-        {"2001:db8::1", 80, "127.0.0.1", origin.server.httpPort()});
+        {unbracketed, 80, "127.0.0.1", origin.server.httpPort()});
     Answer redirect{.status = 302};
-    redirect.headers.add("Location", "/2");
+    redirect.headers.add("Location", location);
     origin.server.script({.path = "/1"}, redirect);
     origin.server.script({.path = "/2"}, Answer{});
-    auto request = requestTo("http://[2001:db8::1]/1");
+    auto request = requestTo("http://" + std::string(host) + "/1");
     request.setValue("Bearer planted", "Authorization");
     EXPECT_EQ(origin.load(request).status(), 200);
-    EXPECT_EQ(origin.server.requests().at(1).headers.get("Authorization"), "Bearer planted");
+    for (const auto& arrived : origin.server.requests()) {
+        EXPECT_EQ(arrived.authority, askedHost);
+        EXPECT_EQ(arrived.headers.get("Authorization"), "Bearer planted");
+    }
+    EXPECT_EQ(origin.server.requests().size(), 2U);
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    , RedirectToTheSameHost,
+    testing::Values(SameHost{"IPv6Relatively", "[2001:db8::1]", "[2001:db8::1]", "/2"},
+                    SameHost{"IPv6", "[2001:db8::1]", "[2001:db8::1]", "http://[2001:DB8:0::1]/2"},
+                    // RFC 6874 section 4: a zone means something to its own machine only.
+                    SameHost{"ZoneRelatively", "[fe80::1%25lo]", "[fe80::1]", "/2"},
+                    SameHost{"Zone", "[fe80::1%25lo]", "[fe80::1]", "http://[fe80::1%25lo]:80/2"}),
+    [](const auto& tested) { return tested.param.name; });
 
 TEST_F(Redirects, EncodesBracketsThatStandInNoHost) {
     Answer redirect{.status = 301};
