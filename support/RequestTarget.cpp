@@ -1,15 +1,19 @@
 #include "support/RequestTarget.h"
 
 #include <arpa/inet.h>
+#include <unicode/bytestream.h>
+#include <unicode/idna.h>
 
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <memory>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "support/ASCII.h"
+#include "support/Percent.h"
 #include "support/URLText.h"
 
 namespace rkt {
@@ -22,6 +26,23 @@ std::optional<int> portNumber(std::string_view digits) {
     int port = 0;
     const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), port);
     return result.ec == std::errc() && port <= largestPort ? std::optional(port) : std::nullopt;
+}
+
+/// The name that is looked up: percent-encoding belongs to the URL, and a label that is not ASCII
+/// is known by another (UTS #46, as in browsers). The text as it is when it is no name.
+std::string lookedUpName(const std::string& host) {
+    const auto name = percentDecode(host);
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::IDNA> idna(
+        icu::IDNA::createUTS46Instance(UIDNA_NONTRANSITIONAL_TO_ASCII, status));
+    if (!name || U_FAILURE(status)) return host;
+    std::string ascii;
+    icu::StringByteSink<std::string> sink(&ascii);
+    icu::IDNAInfo info;
+    idna->nameToASCII_UTF8(*name, sink, info, status);
+    const bool isName =
+        U_SUCCESS(status) && !info.hasErrors() && unreservedCharacters.containsAll(ascii);
+    return isName ? ascii : host;
 }
 
 /// An IPv6 address has many spellings, one of which is the usual (RFC 5952). Its zone, the name of
@@ -53,7 +74,9 @@ std::variant<RequestTarget, TargetProblem> requestTarget(const std::optional<RKT
 
     auto authority = text.authority ? Authority::parse(*text.authority) : std::nullopt;
     if (!authority || authority->host.empty()) return TargetProblem::BadURL;
-    target.host = std::move(authority->host);
+    const bool isEncodedName =
+        !authority->host.starts_with('[') && authority->host.find('%') != std::string::npos;
+    target.host = isEncodedName ? lookedUpName(authority->host) : std::move(authority->host);
     target.portGiven = authority->port.has_value();
     const int schemePort = target.scheme == "https" ? 443 : 80;
     const auto port = target.portGiven ? portNumber(*authority->port) : schemePort;

@@ -16,7 +16,8 @@ namespace rkt {
 struct RequestTarget {
     /// "http" or "https", lower-cased.
     std::string scheme;
-    /// Never empty, as in the URL; an IPv6 address with its brackets.
+    /// Never empty. The URL's, but an international name in the form that is looked up,
+    /// "xn--bcher-kva.example"; an IPv6 address with its brackets.
     std::string host;
     /// The URL's, or the scheme's own.
     int port = 0;

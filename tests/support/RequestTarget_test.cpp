@@ -69,6 +69,23 @@ TEST(RequestTarget, KeepsTheBracketsOfAnIPv6Host) {
     EXPECT_EQ(loadedURL("https://[::1]:8443/x"), "https://[::1]:8443/x");
 }
 
+// https://www.unicode.org/reports/tr46/, section 4.2.
+TEST(RequestTarget, AsksForAnInternationalNameInASCII) {
+    EXPECT_EQ(target("https://b%C3%BCcher.example/").host, "xn--bcher-kva.example");
+    EXPECT_EQ(target("https://B%C3%9CCHER.example/").host, "xn--bcher-kva.example");
+    EXPECT_EQ(target("https://fa%C3%9F.example/").host, "xn--fa-hia.example");
+    EXPECT_EQ(target("https://git%2Dlab.example/").host, "git-lab.example");
+    EXPECT_EQ(loadedURL("https://b%C3%BCcher.example:8443/x"),
+              "https://xn--bcher-kva.example:8443/x");
+}
+
+TEST(RequestTarget, KeepsAnEncodedHostThatIsNoName) {
+    for (const std::string host : {"a%2Fb", "a%40b", "a%00b", "%C3", "%C2%AD", "a%3A1", "a%20b",
+                                   "a%25b", "xn--%C3%BC", "a%2E%2Eb"}) {
+        EXPECT_EQ(target("https://" + host + "/").host, host);
+    }
+}
+
 TEST(RequestTarget, KeepsTheZoneOfAnIPv6Host) {
     EXPECT_EQ(target("https://[fe80::1%25eth0]:8443/x").host, "[fe80::1%25eth0]");
     EXPECT_EQ(loadedURL("https://[fe80::1%25eth0]:8443/x"), "https://[fe80::1%25eth0]:8443/x");

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "tests/helpers/Loading.h"
 
 namespace {
@@ -119,10 +117,7 @@ class RedirectToTheSameHost : public testing::TestWithParam<SameHost> {};
 TEST_P(RedirectToTheSameHost, TakesAuthorizationAlong) {
     const auto& [name, host, askedHost, location] = GetParam();
     Origin origin;
-    const std::string unbracketed =
-        *askedHost == '[' ? std::string(askedHost + 1, std::strlen(askedHost) - 2) : askedHost;
-    origin.settings.hostMappings.push_back(
-        {unbracketed, 80, "127.0.0.1", origin.server.httpPort()});
+    origin.settings.hostMappings.push_back({askedHost, 80, "127.0.0.1", origin.server.httpPort()});
     Answer redirect{.status = 302};
     redirect.headers.add("Location", location);
     origin.server.script({.path = "/1"}, redirect);
@@ -143,7 +138,11 @@ INSTANTIATE_TEST_SUITE_P(
                     SameHost{"IPv6", "[2001:db8::1]", "[2001:db8::1]", "http://[2001:DB8:0::1]/2"},
                     // RFC 6874 section 4: a zone means something to its own machine only.
                     SameHost{"ZoneRelatively", "[fe80::1%25lo]", "[fe80::1]", "/2"},
-                    SameHost{"Zone", "[fe80::1%25lo]", "[fe80::1]", "http://[fe80::1%25lo]:80/2"}),
+                    SameHost{"Zone", "[fe80::1%25lo]", "[fe80::1]", "http://[fe80::1%25lo]:80/2"},
+                    SameHost{"InternationalName", "b%C3%BCcher.example", "xn--bcher-kva.example",
+                             "http://xn--bcher-kva.example/2"},
+                    SameHost{"EncodedName", "git%2Dlab.example", "git-lab.example",
+                             "http://git-lab.example/2"}),
     [](const auto& tested) { return tested.param.name; });
 
 TEST_F(Redirects, EncodesBracketsThatStandInNoHost) {
