@@ -11,22 +11,24 @@
 #include "fuzz/common/Plain.h"
 #include "fuzz/common/Target.h"
 #include "support/RequestTarget.h"
+#include "support/URLText.h"
 
 namespace {
 
 using fuzz::require;
 
-// What is asked, where a name may be spelled in several ways, and an IPv6 address.
+// What an IPv6 address is worth, with its zone; of an international name what is asked for.
 std::string hostOf(const RKTURL& url) {
-    const auto target = rkt::requestTarget(url);
-    const auto host = std::get<rkt::RequestTarget>(target).host;
-    const auto end = std::min(host.find_first_of("%]"), host.size());
+    const auto host = url.host().value_or("");
+    const auto zone = std::min(host.find('%'), host.size());
     in6_addr address{};
-    if (!host.starts_with('[') ||
-        inet_pton(AF_INET6, host.substr(1, end - 1).c_str(), &address) != 1) {
-        return fuzz::plain::lowered(host);
+    if (inet_pton(AF_INET6, host.substr(0, zone).c_str(), &address) == 1) {
+        return std::string(std::begin(address.s6_addr), std::end(address.s6_addr)) +
+               host.substr(zone);
     }
-    return std::string(std::begin(address.s6_addr), std::end(address.s6_addr)) + host.substr(end);
+    const bool isASCII = std::ranges::all_of(host, [](unsigned char c) { return c < 0x80; });
+    const auto target = rkt::requestTarget(url);
+    return fuzz::plain::lowered(isASCII ? host : std::get<rkt::RequestTarget>(target).host);
 }
 
 std::string originOf(const RKTURL& url) {
@@ -65,6 +67,8 @@ FUZZ_TARGET(Redirect) {
     const auto* next = std::get_if<RKTURLRequest>(&result);
     if (!next) return;
     require(base && next->URL(), "from somewhere to somewhere");
+    const rkt::URLText reference(input);
+    require(reference.authority || !reference.scheme, "nowhere without an authority");
     const auto to = rkt::requestTarget(next->URL());
     const auto* target = std::get_if<rkt::RequestTarget>(&to);
     require(target != nullptr, "where it leads can be loaded");

@@ -21,7 +21,9 @@ struct RKT_EXPORT RKTNetworkSettings {
     /// Connects to another address than the name says, as for a test origin; the request, the Host
     /// header and the certificate check keep the name.
     struct HostMapping {
-        /// The name in the request's address, in any letter case.
+        /// The name in the request's address, in any letter case; an international one as it is
+        /// looked up ("xn--bcher-kva.example"), an IPv6 address without its zone, with brackets or
+        /// without.
         std::string host;
         /// The port in the request's address, or its scheme's own.
         std::uint16_t port = 443;

@@ -26,12 +26,14 @@ std::string inBrackets(const std::string& host) {
     return host.find(':') != std::string::npos && !host.starts_with('[') ? "[" + host + "]" : host;
 }
 
-// The one that libcurl takes: the first that fits.
+// The one that libcurl takes: the first that fits the host, which for libcurl has no zone.
 const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
                                                   const RKTNetworkSettings& settings) {
+    auto host = target.host;
+    if (const auto zone = host.find('%'); zone != std::string::npos)
+        host.replace(zone, host.npos, "]");
     const auto found = std::ranges::find_if(settings.hostMappings, [&](const auto& mapping) {
-        return mapping.port == target.port &&
-               equalIgnoringCase(inBrackets(mapping.host), target.host);
+        return mapping.port == target.port && equalIgnoringCase(inBrackets(mapping.host), host);
     });
     return found == settings.hostMappings.end() ? nullptr : &*found;
 }

@@ -86,11 +86,14 @@ std::optional<std::string> resolvedByGrammar(const std::string& base,
 
 // "Location" is a URI reference, relative to the request's URL (RFC 9110 section 10.2.2). Nothing
 // within an authority takes part in resolving, and uriparser knows no zones of addresses: it is
-// shown a name instead.
+// shown a name instead. Where there is a scheme but no authority, as in `https:/x`, there is none
+// to go to, and what the path becomes could look like one.
 std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
     const std::string reference = URIReference(location);
-    auto authority = URLText(reference).authority;
-    if (!authority) authority = URLText(base.absoluteString()).authority;
+    const URLText parts(reference);
+    if (parts.scheme && !parts.authority) return RKTURL::URLWithString(reference);
+    const auto authority =
+        parts.authority ? parts.authority : URLText(base.absoluteString()).authority;
     const auto target =
         resolvedByGrammar(withAuthority(base.absoluteString(), "h"), withAuthority(reference, "h"));
     if (!target || !authority) return std::nullopt;

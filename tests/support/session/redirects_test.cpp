@@ -104,7 +104,8 @@ TEST_F(Redirects, SendsAuthorizationToTheSameOriginOnlyAndNeverAgainAfterwards) 
 struct SameHost {
     const char* name;
     const char* host;
-    /// As mappings and the field "Host" have it.
+    const char* mappedHost;
+    /// In the field "Host".
     const char* askedHost;
     const char* location;
 };
@@ -115,9 +116,9 @@ void PrintTo(const SameHost& host, std::ostream* out) {
 class RedirectToTheSameHost : public testing::TestWithParam<SameHost> {};
 
 TEST_P(RedirectToTheSameHost, TakesAuthorizationAlong) {
-    const auto& [name, host, askedHost, location] = GetParam();
+    const auto& [name, host, mappedHost, askedHost, location] = GetParam();
     Origin origin;
-    origin.settings.hostMappings.push_back({askedHost, 80, "127.0.0.1", origin.server.httpPort()});
+    origin.settings.hostMappings.push_back({mappedHost, 80, "127.0.0.1", origin.server.httpPort()});
     Answer redirect{.status = 302};
     redirect.headers.add("Location", location);
     origin.server.script({.path = "/1"}, redirect);
@@ -134,15 +135,17 @@ TEST_P(RedirectToTheSameHost, TakesAuthorizationAlong) {
 
 INSTANTIATE_TEST_SUITE_P(
     , RedirectToTheSameHost,
-    testing::Values(SameHost{"IPv6Relatively", "[2001:db8::1]", "[2001:db8::1]", "/2"},
-                    SameHost{"IPv6", "[2001:db8::1]", "[2001:db8::1]", "http://[2001:DB8:0::1]/2"},
-                    // RFC 6874 section 4: a zone means something to its own machine only.
-                    SameHost{"ZoneRelatively", "[fe80::1%25lo]", "[fe80::1]", "/2"},
-                    SameHost{"Zone", "[fe80::1%25lo]", "[fe80::1]", "http://[fe80::1%25lo]:80/2"},
-                    SameHost{"InternationalName", "b%C3%BCcher.example", "xn--bcher-kva.example",
-                             "http://xn--bcher-kva.example/2"},
-                    SameHost{"EncodedName", "git%2Dlab.example", "git-lab.example",
-                             "http://git-lab.example/2"}),
+    testing::Values(
+        SameHost{"IPv6Relatively", "[2001:db8::1]", "2001:db8::1", "[2001:db8::1]", "/2"},
+        SameHost{"IPv6", "[2001:db8::1]", "[2001:db8::1]", "[2001:db8::1]",
+                 "http://[2001:DB8:0::1]/2"},
+        // RFC 6874 section 4: a zone means something to its own machine only.
+        SameHost{"ZoneRelatively", "[fe80::1%25lo]", "fe80::1", "[fe80::1]", "/2"},
+        SameHost{"Zone", "[fe80::1%25lo]", "[fe80::1]", "[fe80::1]", "http://[fe80::1%25lo]:80/2"},
+        SameHost{"InternationalName", "b%C3%BCcher.example", "xn--bcher-kva.example",
+                 "xn--bcher-kva.example", "http://xn--bcher-kva.example/2"},
+        SameHost{"EncodedName", "git%2Dlab.example", "git-lab.example", "git-lab.example",
+                 "http://git-lab.example/2"}),
     [](const auto& tested) { return tested.param.name; });
 
 TEST_F(Redirects, EncodesBracketsThatStandInNoHost) {
@@ -170,6 +173,19 @@ TEST_F(Redirects, EncodesAPercentSignThatEncodesNothing) {
     origin.server.script({}, Answer{});
     EXPECT_EQ(load().status(), 200);
     EXPECT_EQ(origin.server.requests().at(1).target, "/100%25/%2f%252/%25zz?50%25&%25%C3%BC%25");
+}
+
+TEST_F(Redirects, LeadNowhereWithASchemeWithoutAHost) {
+    for (const char* location : {"http:/y", "http:y", "http:", "http:/x/..//evil.example/y",
+                                 "http:/.//evil.example/y", "http:x/..//evil.example/y"}) {
+        origin.server.clearScripts();
+        origin.server.forgetRequests();
+        Answer redirect{.status = 302};
+        redirect.headers.add("Location", location);
+        origin.server.script({}, redirect);
+        EXPECT_EQ(load().code(), RKTError::NSURLErrorBadServerResponse) << location;
+        EXPECT_EQ(origin.server.requests().size(), 1U) << location;
+    }
 }
 
 TEST_F(Redirects, EncodesASecondHash) {
