@@ -28,21 +28,33 @@ std::optional<int> portNumber(std::string_view digits) {
     return result.ec == std::errc() && port <= largestPort ? std::optional(port) : std::nullopt;
 }
 
-/// The name that is looked up: percent-encoding belongs to the URL, and a label that is not ASCII
-/// is known by another (UTS #46, as in browsers). The text as it is when it is no name.
-std::string lookedUpName(const std::string& host) {
-    const auto name = percentDecode(host);
+/// What is looked up for a name: of a label that is not ASCII, another (UTS #46, as browsers do
+/// it). Nothing for a text that is no name.
+std::optional<std::string> nameInASCII(const std::string& name) {
+    constexpr std::uint32_t options =
+        UIDNA_NONTRANSITIONAL_TO_ASCII | UIDNA_CHECK_BIDI | UIDNA_CHECK_CONTEXTJ;
+    // There are such names, international or not.
+    constexpr std::uint32_t allowed =
+        UIDNA_ERROR_LEADING_HYPHEN | UIDNA_ERROR_TRAILING_HYPHEN | UIDNA_ERROR_HYPHEN_3_4;
     UErrorCode status = U_ZERO_ERROR;
-    const std::unique_ptr<icu::IDNA> idna(
-        icu::IDNA::createUTS46Instance(UIDNA_NONTRANSITIONAL_TO_ASCII, status));
-    if (!name || U_FAILURE(status)) return host;
+    const std::unique_ptr<icu::IDNA> idna(icu::IDNA::createUTS46Instance(options, status));
+    if (U_FAILURE(status)) return std::nullopt;
     std::string ascii;
     icu::StringByteSink<std::string> sink(&ascii);
     icu::IDNAInfo info;
-    idna->nameToASCII_UTF8(*name, sink, info, status);
-    const bool isName =
-        U_SUCCESS(status) && !info.hasErrors() && unreservedCharacters.containsAll(ascii);
-    return isName ? ascii : host;
+    idna->nameToASCII_UTF8(name, sink, info, status);
+    const bool isName = U_SUCCESS(status) && (info.getErrors() & ~allowed) == 0 &&
+                        unreservedCharacters.containsAll(ascii);
+    return isName ? std::optional(ascii) : std::nullopt;
+}
+
+/// Percent-encoding belongs to the URL: libcurl decodes it in no zone, and in names by its own
+/// rules and the process's locale. Nothing for what is no host.
+std::optional<std::string> hostToAsk(const std::string& host) {
+    if (host.find('%') == std::string::npos) return host;
+    const auto plain = percentDecode(host);
+    if (!plain) return std::nullopt;
+    return host.starts_with('[') ? IPLiteral(*plain) : nameInASCII(*plain);
 }
 
 /// An IPv6 address has many spellings, one of which is the usual (RFC 5952). Its zone, the name of
@@ -72,11 +84,11 @@ std::variant<RequestTarget, TargetProblem> requestTarget(const std::optional<RKT
     target.scheme = asciiLowered(text.scheme.value_or(""));
     if (target.scheme != "http" && target.scheme != "https") return TargetProblem::UnsupportedURL;
 
-    auto authority = text.authority ? Authority::parse(*text.authority) : std::nullopt;
+    const auto authority = text.authority ? Authority::parse(*text.authority) : std::nullopt;
     if (!authority || authority->host.empty()) return TargetProblem::BadURL;
-    const bool isEncodedName =
-        !authority->host.starts_with('[') && authority->host.find('%') != std::string::npos;
-    target.host = isEncodedName ? lookedUpName(authority->host) : std::move(authority->host);
+    auto host = hostToAsk(authority->host);
+    if (!host) return TargetProblem::BadURL;
+    target.host = std::move(*host);
     target.portGiven = authority->port.has_value();
     const int schemePort = target.scheme == "https" ? 443 : 80;
     const auto port = target.portGiven ? portNumber(*authority->port) : schemePort;

@@ -31,7 +31,8 @@ struct RequestTarget {
 enum class TargetProblem {
     /// No URL, no scheme, or one that is neither http nor https.
     UnsupportedURL,
-    /// No host, a port beyond 65535, or a text from which no components can be made.
+    /// No host, a percent-encoded one that is no name, a port beyond 65535, or a text from which no
+    /// components can be made.
     BadURL,
 };
 
@@ -44,7 +45,7 @@ bool sameOrigin(const RequestTarget& a, const RequestTarget& b);
 /// The URL for an error text: without user information, query and fragment. Empty where a secret
 /// could stand in what remains, as in `https://user:se/cret@host/`: an "@" after the authority may
 /// be the end of user information that somebody forgot to percent-encode, and a percent-encoded
-/// host one that somebody encoded whole.
+/// name one that somebody encoded whole.
 std::string failingURLString(const RKTURL& url);
 
 }  // namespace rkt

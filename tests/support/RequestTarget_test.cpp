@@ -79,16 +79,26 @@ TEST(RequestTarget, AsksForAnInternationalNameInASCII) {
               "https://xn--bcher-kva.example:8443/x");
 }
 
-TEST(RequestTarget, KeepsAnEncodedHostThatIsNoName) {
-    for (const std::string host : {"a%2Fb", "a%40b", "a%00b", "%C3", "%C2%AD", "a%3A1", "a%20b",
-                                   "a%25b", "xn--%C3%BC", "a%2E%2Eb"}) {
-        EXPECT_EQ(target("https://" + host + "/").host, host);
+TEST(RequestTarget, TakesHyphensWhereverANameHasThem) {
+    EXPECT_EQ(target("https://r3---s%6E.example/").host, "r3---sn.example");
+    EXPECT_EQ(target("https://%2Da-.example/").host, "-a-.example");
+    EXPECT_EQ(target("https://ab--%C3%BC.example/").host, "xn--ab---3ra.example");
+}
+
+TEST(RequestTarget, RefusesAnEncodedHostThatIsNoName) {
+    for (const std::string host :
+         {"a%2Fb", "a%40b", "a%00b", "%C3", "%C2%AD", "a%3A1", "a%20b", "a%25b", "xn--%C3%BC",
+          "a%2E%2Eb", "a%E2%80%8Db", "%D7%90a1", "a%E2%84%85b"}) {
+        EXPECT_EQ(std::get<TargetProblem>(rkt::requestTarget(URL("https://" + host + "/"))),
+                  TargetProblem::BadURL)
+            << host;
     }
 }
 
 TEST(RequestTarget, KeepsTheZoneOfAnIPv6Host) {
     EXPECT_EQ(target("https://[fe80::1%25eth0]:8443/x").host, "[fe80::1%25eth0]");
     EXPECT_EQ(loadedURL("https://[fe80::1%25eth0]:8443/x"), "https://[fe80::1%25eth0]:8443/x");
+    EXPECT_EQ(loadedURL("https://[fe80::1%25br%2D1]/"), "https://[fe80::1%25br-1]/");
 }
 
 TEST(RequestTarget, HasAnOriginOfSchemeHostAndPort) {
@@ -116,7 +126,7 @@ TEST(RequestTarget, HasTheOriginOfAnIPv6AddressInAnySpelling) {
 
 TEST(RequestTarget, HasAnotherOriginAtAnotherInterface) {
     const RequestTarget one = target("https://[fe80::1%25eth0]/");
-    EXPECT_TRUE(rkt::sameOrigin(one, target("https://[FE80:0::1%25eth0]/")));
+    EXPECT_TRUE(rkt::sameOrigin(one, target("https://[FE80:0::1%25%65th0]/")));
     for (const auto* other :
          {"https://[fe80::1%25eth1]/", "https://[fe80::1%25ETH0]/", "https://[fe80::1]/"}) {
         EXPECT_FALSE(rkt::sameOrigin(one, target(other))) << other;
