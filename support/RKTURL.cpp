@@ -45,7 +45,7 @@ struct LooseAuthority {
             text.remove_prefix(at + 1);
         }
         const auto bracket = text.starts_with('[') ? text.find(']') : std::string_view::npos;
-        const bool isLiteral = bracket != std::string_view::npos;
+        isLiteral = bracket != std::string_view::npos;
         const auto colon = text.find(':', isLiteral ? bracket : 0);
         host = isLiteral ? text.substr(1, bracket - 1) : text.substr(0, colon);
         if (colon != std::string_view::npos) port = text.substr(colon + 1);
@@ -54,6 +54,7 @@ struct LooseAuthority {
     std::optional<std::string_view> user;
     std::optional<std::string_view> password;
     std::string_view host;
+    bool isLiteral = false;
     std::string_view port;
 };
 
@@ -102,7 +103,13 @@ std::optional<std::string> RKTURL::scheme() const {
 
 std::optional<std::string> RKTURL::host() const {
     const auto authority = authorityOf(text_);
-    return authority ? rkt::percentDecode(authority->host) : std::nullopt;
+    if (!authority) return std::nullopt;
+    // Of an address only the zone is encoded, from its "%" on. Anything else would become another
+    // address: `[fe80::1%41]` is not fe80::1A.
+    const auto encoded =
+        authority->host.substr(std::min(authority->host.find('%'), authority->host.size()));
+    if (authority->isLiteral && !encoded.starts_with("%25")) return std::string(authority->host);
+    return rkt::percentDecode(authority->host);
 }
 
 std::optional<int> RKTURL::port() const {

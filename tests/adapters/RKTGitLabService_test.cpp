@@ -111,6 +111,12 @@ TEST(RKTGitLabService, KeepsTheBracketsOfAnIPv6Address) {
     EXPECT_EQ(validationURL(*serviceAt("https://[::1]:8443/x")), "https://[::1]:8443/api/v4/user");
 }
 
+// As people write it: "%41" is the interface, no "A".
+TEST(RKTGitLabService, TakesAZoneThatIsNotEncoded) {
+    EXPECT_EQ(validationURL(*serviceAt("https://[fe80::1%41]/")),
+              "https://[fe80::1%2541]/api/v4/user");
+}
+
 TEST(RKTGitLabService, HasNoHostToFallBackOn) {
     for (const char* serviceType : {"GitLab", "GitLabSelfHosted"}) {
         EXPECT_EQ(validationURL(*serviceAt(std::nullopt, serviceType)), "https:/api/v4/user");

@@ -119,6 +119,9 @@ TEST(RKTURL, GivesNothingForPartsThatAreNotUTF8) {
 TEST(RKTURL, GivesAnIPv6HostWithItsZone) {
     EXPECT_THAT(URL("https://[fe80::1%25eth0]:8443/x").host(), Optional(Eq("fe80::1%eth0")));
     EXPECT_EQ(URL("https://[fe80::1%25eth0]:8443/x").port(), 8443);
+    for (const std::string host : {"fe80::1%41", "fe80%3A%3A1", "fe80::1%3A2%25eth0"}) {
+        EXPECT_THAT(URL("https://[" + host + "]/").host(), Optional(Eq(host)));  // and not decoded
+    }
 }
 
 TEST(RKTURL, GivesAnIPv6HostWithoutBrackets) {
