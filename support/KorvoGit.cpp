@@ -12,6 +12,7 @@
 namespace {
 
 constexpr rkt::CharacterTable hostNameCharacters("-._");
+constexpr rkt::CharacterTable addressCharacters("-._~!$&'()*+,;=:%[]");
 
 bool isControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7F';
@@ -19,6 +20,12 @@ bool isControl(char c) {
 
 bool isHostName(std::string_view text) {
     return !text.empty() && hostNameCharacters.containsAll(text);
+}
+
+/// As it stands in a URL, when `text` is an address in brackets.
+std::optional<std::string> bracketedAddress(std::string_view text) {
+    const bool isBracketed = text.starts_with('[') && text.find(']') == text.size() - 1;
+    return isBracketed && addressCharacters.containsAll(text) ? rkt::IPLiteral(text) : std::nullopt;
 }
 
 /// `user@host:path`, where nothing before the ":" is a "/". The path is no URL text: it is taken
@@ -35,14 +42,14 @@ std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
     if (colon == std::string_view::npos) return std::nullopt;
     const std::string_view host = hostAndPath.substr(0, colon);
     const std::string_view path = hostAndPath.substr(colon + 1);
-    const auto literal = host.starts_with('[') ? rkt::IPLiteral(host) : std::nullopt;
-    if (user.empty() || path.empty() || !(literal || isHostName(host))) return std::nullopt;
+    const auto address = bracketedAddress(host);
+    if (user.empty() || path.empty() || !(address || isHostName(host))) return std::nullopt;
     constexpr std::string_view scheme = "ssh://";
     std::string url;
     url.reserve(scheme.size() + text.size());  // unless something must be encoded
     url = scheme;
     std::size_t encoded = rkt::appendPercentEncoded(url, user, rkt::userOrHostCharacters);
-    url.append("@").append(literal ? *literal : host);
+    url.append("@").append(address ? *address : host);
     if (!path.starts_with('/')) url += '/';
     encoded += rkt::appendPercentEncoded(url, path, rkt::pathCharacters);
     // What stands as it is needs no look: it is ASCII and no control character.

@@ -38,6 +38,10 @@ TEST(rkt_URLWithString, EncodesTheZoneOfAnIPv6Host) {
     EXPECT_EQ(cloneURL("ssh://git@[fe80::1%25eth0]/x"), "ssh://git@[fe80::1%25eth0]/x");
     EXPECT_EQ(cloneURL("git@[fe80::1%]:x"), "nothing");
     EXPECT_EQ(cloneURL("git@[h%eth0]:x"), "nothing");
+    for (const auto* text : {"git@[::1%a/b]:x", "git@[::1%x]/a]:p", "git@[::1%a]b]:x",
+                             "git@[::1%a@b]:x", "git@[::1%\n]:x", "git@[::1%\xC3\xBC]:x"}) {
+        EXPECT_EQ(cloneURL(text), "nothing") << text;
+    }
 }
 
 TEST(rkt_URLWithString, EncodesWhatAnSCPPathMayHoldAndAURLMayNot) {
