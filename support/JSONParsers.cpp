@@ -1,7 +1,10 @@
 #include "support/JSONParsers.h"
 
-#include <new>
+#include <cstdlib>
+#include <mutex>
+#include <shared_mutex>
 #include <utility>
+#include <vector>
 
 #include "support/Idle.h"
 
@@ -22,6 +25,56 @@ Idle<Parser>& idle() {
     return instance;
 }
 
+/// Null without memory.
+Parser newParser() {
+    auto parser = std::make_unique<simdjson::dom::parser>();
+    if (parser->allocate(simdjson::dom::MINIMAL_DOCUMENT_CAPACITY, jsonParserDepth)) return nullptr;
+    return parser;
+}
+
+/// simdjson makes parsers by a static object of its own. It is destroyed when the process exits,
+/// while other threads go on, and before the statics of the application that may still ask
+/// something. Parsers do without it once they are made, so the last ones are made just before.
+class Maker {
+public:
+    static Maker& instance() {
+        static auto& maker = *new Maker;
+        return maker;
+    }
+
+    Parser make() {
+        {
+            const std::shared_lock lock(mutex_);
+            if (!exits_) return newParser();
+        }
+        const std::unique_lock lock(mutex_);
+        if (last_.empty()) return nullptr;
+        auto parser = std::move(last_.back());
+        last_.pop_back();
+        return parser;
+    }
+
+private:
+    static constexpr int lastParsers = 16;
+
+    Maker() {
+        newParser();  // simdjson's static is there from now on, and goes after what comes next
+        std::atexit([] { instance().makeLast(); });
+    }
+
+    void makeLast() {
+        const std::unique_lock lock(mutex_);
+        exits_ = true;
+        for (int i = 0; i < lastParsers; ++i) {
+            if (auto parser = newParser()) last_.push_back(std::move(parser));
+        }
+    }
+
+    std::shared_mutex mutex_;
+    bool exits_ = false;
+    std::vector<Parser> last_;
+};
+
 bool worthKeeping(const simdjson::dom::parser& parser) {
     return parser.capacity() <= keptCapacity && parser.max_depth() == jsonParserDepth;
 }
@@ -36,11 +89,7 @@ void JSONParserReturn::operator()(simdjson::dom::parser* parser) const noexcept 
 LeasedJSONParser leaseJSONParser() {
     const auto any = [](const Parser&) { return true; };
     if (auto parser = idle().take(any)) return LeasedJSONParser(parser->release());
-    LeasedJSONParser parser(new simdjson::dom::parser);
-    if (parser->allocate(simdjson::dom::MINIMAL_DOCUMENT_CAPACITY, jsonParserDepth)) {
-        throw std::bad_alloc();
-    }
-    return parser;
+    return LeasedJSONParser(Maker::instance().make().release());
 }
 
 }  // namespace rkt

@@ -28,6 +28,8 @@ struct JSONParserReturn {
 /// are worth keeping. It may be returned on another thread than it was taken on.
 using LeasedJSONParser = std::unique_ptr<simdjson::dom::parser, JSONParserReturn>;
 
+/// Null, besides for want of memory, only while the process exits: some more are there then, but
+/// none can be made.
 LeasedJSONParser leaseJSONParser();
 
 }  // namespace rkt

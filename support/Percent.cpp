@@ -1,8 +1,9 @@
 #include "support/Percent.h"
 
-#include <simdjson.h>
+#include <unicode/utf8.h>
 
 #include <cstddef>
+#include <cstdint>
 
 namespace rkt {
 
@@ -58,7 +59,14 @@ std::string formValueEncoded(std::string_view value) {
 }
 
 bool isUTF8(std::string_view text) {
-    return simdjson::validate_utf8(text.data(), text.size());
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    for (std::size_t offset = 0; offset < text.size();) {
+        UChar32 character = 0;
+        // NOLINTNEXTLINE(bugprone-inc-dec-in-conditions): the macro's own, in a defined order
+        U8_NEXT(bytes, offset, text.size(), character);
+        if (character < 0) return false;
+    }
+    return true;
 }
 
 }  // namespace rkt

@@ -99,6 +99,9 @@ bool mayBeValid(simdjson::error_code refusal) {
 
 /// @param text  without a byte-order mark
 Failure parseWithRewriting(std::string_view text, Behind behind, Parsed& parsed) {
+    if (!parsed.parser) {
+        return {simdjson::MEMALLOC, std::nullopt};
+    }
     if (text.empty()) {
         return {simdjson::EMPTY, 0};
     }

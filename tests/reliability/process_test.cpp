@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "KorvoGitService/RKTJSON.h"
 #include "tests/helpers/MainThread.h"
 #include "tests/helpers/TemporaryFolder.h"
 #include "tests/reliability/Faults.h"
@@ -115,17 +116,22 @@ void askAll(const Calls& calls) {
     exitIf(reached);
 }
 
-// An application's own statics go after the loader has stopped.
+// An application's own statics go after the loader has stopped, and after the statics of the
+// libraries underneath.
 [[noreturn]] void exitWithAServiceInAStatic() {
-    lasting<Scene>();
     static struct Application {
-        std::shared_ptr<RKTService> service = RKTService::serviceWithCredentials(
-            credentialsFor("GitHub", std::nullopt, "octavia", "demo-token-octavia"));
+        std::shared_ptr<RKTService> service;
         ~Application() {
             service->validateCredentialsWithCompletionHandler(nullptr)->cancel();
             service->invalidateAndCancel();
+            const auto one = RKTJSONSerialization::JSONObjectWithData("[1]");
+            const auto another = RKTJSONSerialization::JSONObjectWithData("[1]");
+            if (!one || !another) std::_Exit(notReached);
         }
     } application;
+    const auto& scene = lasting<Scene>();
+    application.service = RKTService::serviceWithCredentials(credentialsFor(
+        "GitLabSelfHosted", scene.server.httpsURL(), "octavia", "demo-token-octavia"));
     exitIf(validate(*application.service) == std::nullopt);
 }
 
