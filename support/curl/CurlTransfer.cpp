@@ -7,6 +7,7 @@
 
 #include "KorvoGitService/RKTError.h"
 #include "support/ASCII.h"
+#include "support/curl/AuthorityFile.h"
 #include "support/curl/CurlErrors.h"
 #include "support/curl/CurlSessionMemory.h"
 #include "support/curl/ProxyAccount.h"
@@ -39,14 +40,27 @@ const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
 }
 
 // libcurl counts connections by the host that they are led to and the URL's port, and all that go
-// to a proxy without a tunnel as the proxy's.
-std::string peerOf(const Exchange& exchange) {
+// to a proxy without a tunnel as the proxy's. It counts together what goes other ways there, and
+// lets wait what would be too many; but whoever takes another way must not wait for the first
+// connection of this one.
+std::string peerOf(const Exchange& exchange, const std::optional<std::string>& authorityFile) {
     const auto& target = exchange.target;
     const auto& settings = *exchange.settings;
     const auto* mapping = mappingFor(target, settings);
-    if (settings.proxy && !mapping && target.scheme == "http") return *settings.proxy;
-    return (mapping ? mapping->address : asciiLowered(target.host)) + " " +
-           std::to_string(target.port);
+    std::string peer;
+    if (!settings.proxy || mapping || target.scheme == "https") {
+        peer = (mapping ? mapping->address + ":" + std::to_string(mapping->addressPort)
+                        : asciiLowered(target.host)) +
+               " " + std::to_string(target.port);
+    }
+    if (settings.proxy) peer.append(" through ").append(*settings.proxy);
+    if (authorityFile) peer.append(" by ").append(*authorityFile);
+    return peer;
+}
+
+std::optional<std::string> authorityFileOf(const RKTNetworkSettings& settings) {
+    if (!settings.certificateAuthorityFile) return std::nullopt;
+    return pathOfCurrentContent(*settings.certificateAuthorityFile);
 }
 
 // What may be sent twice with the effect of once (RFC 9110 section 9.2.2).
@@ -60,7 +74,8 @@ CurlTransfer::CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finis
                            Admission& admission)
     : token_(token),
       exchange_(std::move(exchange)),
-      peer_(peerOf(exchange_)),
+      authorityFile_(authorityFileOf(*exchange_.settings)),
+      peer_(peerOf(exchange_, authorityFile_)),
       finished_(std::move(finished)),
       handle_(curl_easy_init()),
       admission_(admission),
@@ -143,9 +158,9 @@ void CurlTransfer::configureNetwork() {
     set(CURLOPT_PROXY, settings.proxy ? settings.proxy->c_str() : "");
     set(CURLOPT_NOPROXY, "");
     set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-    if (settings.certificateAuthorityFile) {
-        set(CURLOPT_CAINFO, settings.certificateAuthorityFile->c_str());
-        set(CURLOPT_PROXY_CAINFO, settings.certificateAuthorityFile->c_str());
+    if (authorityFile_) {
+        set(CURLOPT_CAINFO, authorityFile_->c_str());
+        set(CURLOPT_PROXY_CAINFO, authorityFile_->c_str());
     }
     // A folder of authorities would be looked into anew for every connection; a file alone is read
     // once and kept.

@@ -33,7 +33,7 @@ public:
     bool isReady() const { return problem_ == CURLE_OK; }
     CURLcode problem() const { return problem_; }
 
-    /// What libcurl limits the number of connections for.
+    /// What transfers have in common that one connection can serve.
     const std::string& peer() const { return peer_; }
     Admission::Kind kind() const;
     /// Its turn has come: it goes into the multi handle.
@@ -69,6 +69,7 @@ private:
 
     const Loader::Token token_;
     const Exchange exchange_;
+    const std::optional<std::string> authorityFile_;
     const std::string peer_;
     Loader::Finished finished_;
     const EasyHandle handle_;

@@ -144,4 +144,48 @@ TEST_F(UsedConnection, NeverHasATokenRequestSentTwice) {
     }
 }
 
+// Settings that are put right
+// ------------------------------------------------------------------------------------------------
+
+class SilentWay : public testing::TestWithParam<Operation> {
+protected:
+    Scene scene;
+
+    /// What comes of an operation that takes the way of now, while another stays in the silence
+    /// that `take` leads to.
+    template <class Take, class TakeAnother>
+    std::int64_t askBeside(Take take, TakeAnother takeAnother) {
+        scene.gateway.beSilent();
+        take(scene.gateway.port());
+        const Asker stuck(GetParam());
+        const auto calls = std::make_shared<Asker::Calls>();
+        const auto task = stuck.start(calls);
+        EXPECT_TRUE(scene.gateway.waitForClient());
+        takeAnother();
+        const auto code = codeOf(Asker(GetParam()).ask());
+        EXPECT_EQ(task->state(), RKTURLSessionDataTask::State::Running);
+        task->cancel();
+        EXPECT_EQ(codeOf(stuck.outcome(*task, calls)), E::NSURLErrorCancelled);
+        return code;
+    }
+};
+
+TEST_P(SilentWay, ToAServerIsNotWaitedForOnAnother) {
+    const auto to = [&](std::uint16_t port) { scene.connectTo("127.0.0.1", port); };
+    EXPECT_EQ(askBeside(to, [&] { to(scene.server.httpsPort()); }), 0);
+}
+
+TEST_P(SilentWay, ThroughAProxyIsNotWaitedForThroughAnother) {
+    const auto through = [&](std::uint16_t port) { scene.goThroughProxy(port); };
+    EXPECT_EQ(askBeside(through,
+                        [&] {
+                            scene.settings = settingsFor(scene.server);
+                            through(scene.proxy.port());
+                        }),
+              0);
+}
+
+INSTANTIATE_TEST_SUITE_P(, SilentWay, testing::ValuesIn(allOperations),
+                         [](const auto& tested) { return std::string(nameOf(tested.param)); });
+
 }  // namespace

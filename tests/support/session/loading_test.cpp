@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <set>
 
 #include "tests/helpers/Loading.h"
+#include "tests/helpers/TemporaryFolder.h"
 
 namespace {
 
@@ -419,6 +421,31 @@ TEST_F(Loading, AMissingFileOfAuthoritiesIsNoSecureConnection) {
     origin.settings.certificateAuthorityFile = "/nonexistent/ca.pem";
     EXPECT_EQ(load().code(), RKTError::NSURLErrorSecureConnectionFailed);
     EXPECT_EQ(origin.server.requestCount(), 0U);
+}
+
+// Each request would find a kept connection, if it did not tell the files apart.
+TEST_F(Loading, HeedsAFileOfAuthoritiesThatIsReplaced) {
+    const rkt::tests::TemporaryFolder folder;
+    const auto path = folder.path() / "ca.pem";
+    const auto put = [&](const std::filesystem::path& file) {
+        std::filesystem::copy_file(file, folder.path() / "new.pem");
+        std::filesystem::rename(folder.path() / "new.pem", path);
+    };
+    const emulator::CertificateAuthority other;
+    const auto right = origin.server.caFile();
+    answerWith(Answer{});
+    origin.settings.certificateAuthorityFile = path.string();
+    EXPECT_EQ(load().code(), RKTError::NSURLErrorSecureConnectionFailed);
+    for (int i = 0; i < 2; ++i) {
+        put(other.file());
+        EXPECT_EQ(load().code(), RKTError::NSURLErrorServerCertificateHasUnknownRoot);
+        put(right);
+        EXPECT_EQ(load().status(), 200);
+        EXPECT_EQ(load().status(), 200);
+    }
+    std::filesystem::remove(path);
+    EXPECT_EQ(load().code(), RKTError::NSURLErrorSecureConnectionFailed);
+    EXPECT_EQ(origin.server.acceptedConnections(), 6U);
 }
 
 TEST_F(Loading, TakesNoProxyFromTheEnvironment) {
