@@ -65,8 +65,7 @@ inline void setError(std::shared_ptr<RKTServiceArrayResult>& answer, RKTError er
     answer->setError(std::move(error));
 }
 
-/// The service of a record, asked one question after the other. Between two questions a signal ends
-/// the program at once.
+/// The service of a record, asked one question after the other.
 class Conversation {
 public:
     Conversation(const std::shared_ptr<RKTServiceCredentials>& credentials,

@@ -125,11 +125,12 @@ int Listing::listAll() {
     PageWalk walk(credentials_->serviceType().value_or(""), options_.request.request());
     Progress progress(service_);
     ListingEnd end{.hasResults = false};
-    int signal = 0;
-    while (!walk.isOver() && !end.error && signal == 0) {
+    // So that what came is printed, with the error, also when a signal comes between two questions:
+    // it cancels the next one then.
+    const FirstSignalKept kept;
+    while (!walk.isOver() && !end.error) {
         const auto answer = ask(walk.nextRequest(), progress.spinner());
         const auto& page = *answer.value;
-        signal = answer.signal;
         end.error = page.error();
         if (end.error) break;
         const auto repositories = walk.take(page);
@@ -145,7 +146,7 @@ int Listing::listAll() {
     end.lineForPeople = countLine(walk.repositories());
     output_->end(end);
     if (walk.endsInRepetition()) complainAboutRepetition(walk);
-    return exitStatus(end.error, signal);
+    return exitStatus(end.error, kept.signal());
 }
 
 }  // namespace

@@ -16,8 +16,12 @@ namespace {
 
 constexpr std::initializer_list<int> endingSignals = {SIGINT, SIGTERM};
 
-extern "C" void endAtOnce(int signal) {
-    _exit(exitStatusOfSignal(signal));
+volatile std::sig_atomic_t keepsFirst = 0;
+volatile std::sig_atomic_t kept = 0;
+
+extern "C" void keepFirstOrEnd(int signal) {
+    if (keepsFirst == 0 || kept != 0) _exit(exitStatusOfSignal(signal));
+    kept = signal;
 }
 
 sigset_t setOfEndingSignals() {
@@ -32,9 +36,23 @@ sigset_t setOfEndingSignals() {
 void installSignalHandlers() {
     // Also where a shell made its background job ignore SIGINT: whoever sends it means it.
     struct sigaction action = {};
-    action.sa_handler = endAtOnce;
+    action.sa_handler = keepFirstOrEnd;
+    action.sa_flags = SA_RESTART;  // output goes on after one that is kept
     for (const int signal : endingSignals) sigaction(signal, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
+}
+
+FirstSignalKept::FirstSignalKept() {
+    kept = 0;
+    keepsFirst = 1;
+}
+
+FirstSignalKept::~FirstSignalKept() {
+    keepsFirst = 0;
+}
+
+int FirstSignalKept::signal() const {
+    return kept;
 }
 
 SignalWatch::SignalWatch() {
@@ -42,6 +60,7 @@ SignalWatch::SignalWatch() {
     pthread_sigmask(SIG_BLOCK, &set, &previous_);
     descriptor_ = signalfd(-1, &set, SFD_CLOEXEC);
     if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
+    if (keepsFirst != 0 && kept != 0) raise(kept);
 }
 
 SignalWatch::~SignalWatch() {
@@ -53,7 +72,9 @@ int SignalWatch::take() {
     signalfd_siginfo information = {};
     while (read(descriptor_, &information, sizeof information) < 0 && errno == EINTR) {
     }
-    return static_cast<int>(information.ssi_signo);
+    const auto signal = static_cast<int>(information.ssi_signo);
+    if (keepsFirst != 0) kept = signal;
+    return signal;
 }
 
 }  // namespace korvogit

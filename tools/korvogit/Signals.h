@@ -8,6 +8,20 @@ namespace korvogit {
 /// writing to a pipe that nobody reads is an error of write(2) instead of a signal.
 void installSignalHandlers();
 
+/// While one exists, the first SIGINT or SIGTERM does not end the program, whatever it is doing:
+/// the next SignalWatch has it, as if it had just arrived. The second one does. For the main
+/// thread; one at a time.
+class FirstSignalKept {
+public:
+    FirstSignalKept();
+    ~FirstSignalKept();
+    FirstSignalKept(const FirstSignalKept&) = delete;
+    FirstSignalKept& operator=(const FirstSignalKept&) = delete;
+
+    /// Also one that a SignalWatch has given meanwhile. 0 for none.
+    int signal() const;
+};
+
 /// While one exists, SIGINT and SIGTERM are held back for its owner to take. Threads that are
 /// started meanwhile hold them back for good, so that the kernel never hands one to them: make it
 /// before the library starts its threads.

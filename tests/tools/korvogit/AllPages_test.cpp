@@ -12,9 +12,11 @@ namespace {
 
 using nlohmann::json;
 using nlohmann::ordered_json;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
@@ -164,6 +166,36 @@ TEST_F(KorvogitAllPages, ArePrintedAsTheyArrive) {
         program.signal(SIGINT);
         EXPECT_EQ(program.wait().status, 130);
     }
+}
+
+// A terminal holds less than such a page: until it is read, the program is between two questions.
+TEST_F(KorvogitAllPages, EndWithTheErrorWhenASignalComesBetweenThem) {
+    answerPages({answerWithNext(page(1, 1000)), answerWithNext(page(1001, 2))});
+    Launch launched = launch(all(account() + Arguments{"--format", "jsonl"}));
+    launched.terminalColumns = 80;
+    Program program(launched);
+    program.waitUntilShown("o/1\"");
+    program.signal(SIGINT);
+    const Ended ended = program.wait();
+    EXPECT_EQ(ended.status, 130);
+    const auto lines = linesOf(ended.output);
+    ASSERT_GE(lines.size(), 1001U);
+    EXPECT_THAT(lines[999], HasSubstr("\"o/1000\""));
+    EXPECT_THAT(ended.output, Not(HasSubstr("o/1001")));
+    EXPECT_THAT(ended.output, HasSubstr("\"code\":-999"));
+}
+
+TEST_F(KorvogitAllPages, EndAtOnceWhenTwoSignalsComeBetweenThem) {
+    answerPages({answerWithNext(page(1, 1000))});
+    Launch launched = launch(all(account() + Arguments{"--format", "jsonl"}));
+    launched.terminalColumns = 80;
+    Program program(launched);
+    program.waitUntilShown("o/1\"");
+    program.signal(SIGINT);
+    program.signal(SIGTERM);
+    const Ended ended = program.wait();
+    EXPECT_THAT(ended.status, AnyOf(130, 143));
+    EXPECT_THAT(ended.output, Not(HasSubstr("o/1000")));
 }
 
 TEST_F(KorvogitAllPages, KeepWhatWasPrintedWhenCancelled) {
