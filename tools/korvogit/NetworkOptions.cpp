@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -80,6 +81,10 @@ std::string parseCertificateAuthorityFile(const std::string& path) {
         const std::string reason =
             errno != 0 ? std::generic_category().message(errno) : "it is empty";
         throw CLI::ValidationError("--cacert", "cannot read " + path + ": " + reason);
+    }
+    // It is read for each connection, and what is a pipe has been emptied by now.
+    if (!std::filesystem::is_regular_file(path)) {
+        throw CLI::ValidationError("--cacert", path + " must be a file that can be read again");
     }
     return path;
 }

@@ -92,6 +92,8 @@ const Wrong wrongLines[] = {
     {"ProxyWithoutHost", validate({"--proxy", "http://"}), "--proxy: must be a URL with http"},
     {"MissingAuthorityFile", validate({"--cacert", "/nonexistent/ca.pem"}),
      "cannot read /nonexistent/ca.pem: No such file or directory"},
+    {"DeviceAsAuthorityFile", validate({"--cacert", "/dev/zero"}),
+     "/dev/zero must be a file that can be read again"},
     {"FolderAsAuthorityFile", validate({"--cacert", "/"}), "cannot read /: Is a directory"},
     {"EmptyAuthorityFile", validate({"--cacert", "/dev/null"}),
      "cannot read /dev/null: it is empty"},
