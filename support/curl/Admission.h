@@ -30,7 +30,7 @@ public:
     /// The peer's address and the port on this side, which tell connections apart.
     using Connection = std::pair<std::string, int>;
 
-    /// @param peer  what the number of connections is limited for
+    /// @param peer  a server and the way to it: what connections are limited for, and shared by
     void enter(Token token, const std::string& peer, Kind kind);
     /// An admitted transfer has its connection, or another than before.
     void began(Token token, const Connection& connection);

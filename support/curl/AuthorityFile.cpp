@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -27,32 +26,36 @@ std::optional<Identity> identityOf(const std::string& path) {
                     status.st_ctim.tv_nsec};
 }
 
-struct Seen {
-    std::optional<Identity> identity;
-    std::size_t changes = 0;
-};
-
-/// By then libcurl has closed every connection that such a spelling was used for.
-constexpr std::size_t spellings = 200;
-
-std::size_t changesOf(const std::string& path) {
+/// The number of the last change of the file at a path, among those of all files: no two share one,
+/// so no two paths share a spelling. 0 before the first.
+std::uint32_t lastChangeOf(const std::string& path) {
+    struct Seen {
+        std::optional<Identity> identity;
+        std::uint32_t change = 0;
+    };
     static auto& mutex = *new std::mutex;
     static auto& files = *new std::map<std::string, Seen>;
+    static std::uint32_t changes = 0;
     const auto identity = identityOf(path);
     const std::lock_guard lock(mutex);
     auto& seen = files.try_emplace(path, Seen{identity}).first->second;
-    if (seen.identity != identity) seen = {identity, (seen.changes + 1) % spellings};
-    return seen.changes;
+    if (seen.identity != identity) seen = {identity, ++changes};
+    return seen.change;
+}
+
+/// As so many components that lead nowhere.
+std::string spelled(std::uint32_t number) {
+    std::string components;
+    for (int bit = 31; bit >= 0; --bit) components += (number >> bit & 1) != 0 ? ".//" : "./";
+    return components;
 }
 
 }  // namespace
 
 std::string pathOfCurrentContent(const std::string& path) {
-    std::string spelling = path;
-    for (auto left = changesOf(path); left > 0; --left) {
-        spelling.insert(path.starts_with('/') ? 1 : 0, "./");
-    }
-    return spelling;
+    const auto change = lastChangeOf(path);
+    if (change == 0) return path;
+    return std::string(path).insert(path.starts_with('/') ? 1 : 0, spelled(change));
 }
 
 }  // namespace rkt
