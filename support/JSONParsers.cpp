@@ -1,7 +1,10 @@
 #include "support/JSONParsers.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <shared_mutex>
 #include <utility>
 #include <vector>
@@ -27,8 +30,9 @@ Idle<Parser>& idle() {
 
 /// Null without memory.
 Parser newParser() {
-    auto parser = std::make_unique<simdjson::dom::parser>();
-    if (parser->allocate(simdjson::dom::MINIMAL_DOCUMENT_CAPACITY, jsonParserDepth)) return nullptr;
+    Parser parser(new (std::nothrow) simdjson::dom::parser);
+    if (!parser || parser->allocate(simdjson::dom::MINIMAL_DOCUMENT_CAPACITY, jsonParserDepth))
+        return nullptr;
     return parser;
 }
 
@@ -58,11 +62,14 @@ private:
     static constexpr int lastParsers = 16;
 
     Maker() {
+        last_.reserve(lastParsers);
         newParser();  // simdjson's static is there from now on, and goes after what comes next
         std::atexit([] { instance().makeLast(); });
     }
 
+    // In a forked child nobody may be left to release the lock.
     void makeLast() {
+        if (getpid() != process_) return;
         const std::unique_lock lock(mutex_);
         exits_ = true;
         for (int i = 0; i < lastParsers; ++i) {
@@ -70,6 +77,7 @@ private:
         }
     }
 
+    const pid_t process_ = getpid();
     std::shared_mutex mutex_;
     bool exits_ = false;
     std::vector<Parser> last_;

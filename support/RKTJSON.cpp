@@ -253,7 +253,7 @@ std::optional<RKTJSONDocument> RKTJSONSerialization::JSONObjectWithData(
 }
 
 const RKTJSONDocument& RKTJSONSerialization::emptyDictionary() {
-    static const auto& document = *new RKTJSONDocument(*JSONObjectWithData("{}"));
+    static const auto& document = *new RKTJSONDocument(JSONObjectWithData("{}").value());
     return document;
 }
 
