@@ -38,12 +38,14 @@ int waitForHandler(int descriptor, RKTURLSessionDataTask& task,
             {{descriptor, POLLIN, 0}, {signals ? signals->fileDescriptor() : -1, POLLIN, 0}}};
         const int ready = poll(descriptors.data(), descriptors.size(), spinner.timeout());
         if (ready == 0) spinner.turn();
-        if (descriptors[0].revents != 0) return signal;
-        if (descriptors[1].revents == 0) continue;
-        signal = signals->take();
-        signals.reset();
-        spinner.stop();
-        task.cancel();
+        if (descriptors[1].revents != 0) {
+            signal = signals->take();
+            signals.reset();
+            spinner.stop();
+            task.cancel();
+        } else if (descriptors[0].revents != 0) {
+            return signal;
+        }
     }
 }
 

@@ -83,7 +83,8 @@ std::string parseCertificateAuthorityFile(const std::string& path) {
         throw CLI::ValidationError("--cacert", "cannot read " + path + ": " + reason);
     }
     // It is read for each connection, and what is a pipe has been emptied by now.
-    if (!std::filesystem::is_regular_file(path)) {
+    std::error_code gone;
+    if (!std::filesystem::is_regular_file(path, gone)) {
         throw CLI::ValidationError("--cacert", path + " must be a file that can be read again");
     }
     return path;

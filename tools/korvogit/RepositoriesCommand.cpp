@@ -146,7 +146,7 @@ int Listing::listAll() {
     end.lineForPeople = countLine(walk.repositories());
     output_->end(end);
     if (walk.endsInRepetition()) complainAboutRepetition(walk);
-    return exitStatus(end.error, kept.signal());
+    return exitStatus(end.error, signalThatCame());
 }
 
 }  // namespace

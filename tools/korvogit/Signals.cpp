@@ -38,6 +38,7 @@ void installSignalHandlers() {
     struct sigaction action = {};
     action.sa_handler = keepFirstOrEnd;
     action.sa_flags = SA_RESTART;  // output goes on after one that is kept
+    action.sa_mask = setOfEndingSignals();
     for (const int signal : endingSignals) sigaction(signal, &action, nullptr);
     std::signal(SIGPIPE, SIG_IGN);
 }
@@ -51,7 +52,7 @@ FirstSignalKept::~FirstSignalKept() {
     keepsFirst = 0;
 }
 
-int FirstSignalKept::signal() const {
+int signalThatCame() {
     return kept;
 }
 
@@ -73,7 +74,7 @@ int SignalWatch::take() {
     while (read(descriptor_, &information, sizeof information) < 0 && errno == EINTR) {
     }
     const auto signal = static_cast<int>(information.ssi_signo);
-    if (keepsFirst != 0) kept = signal;
+    kept = signal;
     return signal;
 }
 

@@ -17,10 +17,10 @@ public:
     ~FirstSignalKept();
     FirstSignalKept(const FirstSignalKept&) = delete;
     FirstSignalKept& operator=(const FirstSignalKept&) = delete;
-
-    /// Also one that a SignalWatch has given meanwhile. 0 for none.
-    int signal() const;
 };
+
+/// The last signal that was kept, or given by a SignalWatch. 0 for none.
+int signalThatCame();
 
 /// While one exists, SIGINT and SIGTERM are held back for its owner to take. Threads that are
 /// started meanwhile hold them back for good, so that the kernel never hands one to them: make it

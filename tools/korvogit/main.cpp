@@ -127,6 +127,8 @@ int guardedMain(int argumentCount, char** argumentValues) {
             complain(error.what(),
                      {"The service is not the reason. Make room, or write elsewhere."});
         }
+        // Ctrl-C ends whoever reads the output, too.
+        if (const int signal = signalThatCame(); signal != 0) return exitStatusOfSignal(signal);
     } catch (const std::exception& error) {
         complain(error.what());
     }

@@ -16,7 +16,6 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
@@ -171,6 +170,9 @@ TEST_F(KorvogitAllPages, ArePrintedAsTheyArrive) {
 // A terminal holds less than such a page: until it is read, the program is between two questions.
 TEST_F(KorvogitAllPages, EndWithTheErrorWhenASignalComesBetweenThem) {
     answerPages({answerWithNext(page(1, 1000)), answerWithNext(page(1001, 2))});
+    auto hold = server.hold({.also = [](const emulator::Request& request) {
+        return request.queryValue("page") == "2";
+    }});
     Launch launched = launch(all(account() + Arguments{"--format", "jsonl"}));
     launched.terminalColumns = 80;
     Program program(launched);
@@ -181,8 +183,7 @@ TEST_F(KorvogitAllPages, EndWithTheErrorWhenASignalComesBetweenThem) {
     const auto lines = linesOf(ended.output);
     ASSERT_GE(lines.size(), 1001U);
     EXPECT_THAT(lines[999], HasSubstr("\"o/1000\""));
-    EXPECT_THAT(ended.output, Not(HasSubstr("o/1001")));
-    EXPECT_THAT(ended.output, HasSubstr("\"code\":-999"));
+    EXPECT_THAT(lines.back(), HasSubstr("\"code\":-999"));
 }
 
 TEST_F(KorvogitAllPages, EndAtOnceWhenTwoSignalsComeBetweenThem) {
@@ -195,7 +196,7 @@ TEST_F(KorvogitAllPages, EndAtOnceWhenTwoSignalsComeBetweenThem) {
     program.signal(SIGTERM);
     const Ended ended = program.wait();
     EXPECT_THAT(ended.status, AnyOf(130, 143));
-    EXPECT_THAT(ended.output, Not(HasSubstr("o/1000")));
+    EXPECT_EQ(ended.output.find("o/1000"), std::string::npos);
 }
 
 TEST_F(KorvogitAllPages, KeepWhatWasPrintedWhenCancelled) {
