@@ -11,9 +11,9 @@
 
 namespace {
 
-// The tasks of the library's own queue, and a descriptor that is readable exactly while there are
-// some. Never destroyed, since a thread of the library may still add a task while the process
-// exits.
+// The tasks of the library's own queue, and for who asks for it a descriptor that is readable
+// exactly while there are some. Never destroyed, since a thread of the library may still add a task
+// while the process exits.
 class MainQueue {
 public:
     static MainQueue& shared() {
@@ -53,7 +53,11 @@ public:
         return count;
     }
 
-    int fileDescriptor() const { return descriptor_; }
+    int fileDescriptor() {
+        const std::lock_guard lock(mutex_);
+        if (descriptor_ < 0) descriptor_ = eventfd(readable_ ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
+        return descriptor_;
+    }
 
 private:
     // The executor's call with the first task, without the lock. So the executor goes without it,
@@ -123,7 +127,7 @@ private:
     // With the lock held; neither call blocks. Reading takes the counter back to zero.
     void showReadable() {
         const bool readable = !executor_ && !tasks_.empty();
-        if (std::exchange(readable_, readable) == readable) return;
+        if (std::exchange(readable_, readable) == readable || descriptor_ < 0) return;
         eventfd_t counter = 0;
         static_cast<void>(readable ? eventfd_write(descriptor_, 1)
                                    : eventfd_read(descriptor_, &counter));
@@ -136,7 +140,7 @@ private:
     std::thread::id caller_;
     std::condition_variable returned_;
     bool readable_ = false;
-    const int descriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    int descriptor_ = -1;  // until somebody asks for it
 };
 
 }  // namespace

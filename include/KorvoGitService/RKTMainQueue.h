@@ -41,6 +41,7 @@ public:
 
     /// A descriptor for poll(2) and its kin: readable as long as tasks wait in the library's own
     /// queue. The library owns it for the life of the process: watch it, do not read or close it.
+    /// -1 when the process has no descriptor left; ask again then.
     static int fileDescriptor();
 };
 

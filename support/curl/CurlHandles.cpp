@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <shared_mutex>
+#include <utility>
 #include <vector>
 
 namespace rkt {
@@ -32,6 +33,12 @@ void closeUnlessOver(Handle* handle, Close close) {
 }
 
 }  // namespace
+
+// libcurl makes one without the pair of descriptors, too, and tells when they are wanted.
+MultiHandle newMulti() {
+    MultiHandle multi(curl_multi_init());
+    return curl_multi_wakeup(multi.get()) == CURLM_OK ? std::move(multi) : nullptr;
+}
 
 void CloseEasy::operator()(CURL* easy) const {
     closeUnlessOver(easy, curl_easy_cleanup);

@@ -11,6 +11,11 @@ namespace rkt {
 struct CloseMulti {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
+using MultiHandle = std::unique_ptr<CURLM, CloseMulti>;
+/// One that other threads can wake up. That takes file descriptors: null when the process has none
+/// left.
+MultiHandle newMulti();
+
 /// On any thread, after the handle has left the multi handle.
 struct CloseEasy {
     void operator()(CURL* easy) const;

@@ -20,27 +20,27 @@ constexpr std::chrono::milliseconds patience(2);
 // More results than this at once are read in the pool, while the loader goes on.
 constexpr std::size_t mostToReadHere = 64;
 
-CURLM* multiplexing(CURLM* multi) {
-    curl_multi_setopt(multi, CURLMOPT_PIPELINING, static_cast<long>(CURLPIPE_MULTIPLEX));
-    return multi;
-}
-
 }  // namespace
 
-CurlLoader::CurlLoader()
-    : multi_(multiplexing(curl_multi_init())), threads_([this] { lead(); }, patience) {}
+CurlLoader::CurlLoader() : threads_([this] { lead(); }, patience) {}
 
 // Messages
 // ------------------------------------------------------------------------------------------------------------
 
 template <class Change>
 void CurlLoader::tell(Change change) {
+    CURLM* multi = nullptr;
     {
         const std::lock_guard lock(mutex_);
         change(inbox_);
         if (!std::exchange(inbox_.readerSleeps, false)) return;
+        multi = multi_.get();
     }
-    curl_multi_wakeup(multi_.get());
+    if (multi) {
+        curl_multi_wakeup(multi);
+    } else {
+        told_.notify_one();
+    }
 }
 
 Loader::Token CurlLoader::start(Exchange exchange, Finished finished) {
@@ -82,7 +82,7 @@ void CurlLoader::lead() {
         if (!results_.empty()) {
             if (someBegin) perform();  // what they ask for is on its way while results are read
         } else if (!mayForget && fallAsleep()) {
-            curl_multi_poll(multi_.get(), nullptr, 0, millisecondsToSleep(), nullptr);
+            sleep();
         }
     }
 }
@@ -119,6 +119,21 @@ bool CurlLoader::fallAsleep() {
     return inbox_.readerSleeps;
 }
 
+void CurlLoader::sleep() {
+    if (multi_) {
+        curl_multi_poll(multi_.get(), nullptr, 0, millisecondsToSleep(), nullptr);
+    } else {
+        std::unique_lock lock(mutex_);
+        told_.wait(lock, [&] { return !inbox_.readerSleeps; });
+    }
+}
+
+void CurlLoader::makeMulti() {
+    auto multi = newMulti();
+    const std::lock_guard lock(mutex_);
+    multi_ = std::move(multi);
+}
+
 // False when the loader is to stop.
 bool CurlLoader::readInbox() {
     Inbox inbox;
@@ -127,7 +142,10 @@ bool CurlLoader::readInbox() {
         std::swap(inbox, inbox_);
     }
     if (inbox.stop) return false;
-    if (!inbox.starts.empty()) applyConnectionLimits();
+    if (!inbox.starts.empty()) {
+        if (!multi_) makeMulti();
+        applyConnectionLimits();
+    }
     for (auto& transfer : inbox.starts) enter(std::move(transfer));
     for (const auto token : inbox.cancels) takeOut(token);
     return true;
@@ -148,6 +166,8 @@ void CurlLoader::enter(Transfer transfer) {
     const auto token = transfer->token();
     auto& entered = *transfers_.emplace(token, std::move(transfer)).first->second;
     if (!entered.isReady()) return finish(token, entered.takeResult(entered.problem()));
+    // As when there is no descriptor for a socket.
+    if (!multi_) return finish(token, entered.takeResult(CURLE_COULDNT_CONNECT));
     deadlines_.set(token, entered.nextLook(std::chrono::steady_clock::now()));
     admission_.enter(token, entered.peer(), entered.kind());
 }

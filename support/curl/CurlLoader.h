@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -24,8 +25,9 @@ namespace rkt {
 /// threads only put messages, transfers that are ready to begin among them, into the inbox and wake
 /// it. What has left the multi handle goes out with its result. The leader sleeps in
 /// curl_multi_poll until a socket, a timer or a message needs it, and takes results to where they
-/// are wanted (docs/decisions/0007-results-where-they-arrive.md). Never destroyed: after stop() its
-/// threads sleep, and the rest is left to the system.
+/// are wanted (docs/decisions/0007-results-where-they-arrive.md). While the process is out of file
+/// descriptors there may be no multi handle: exchanges fail then, and each new one tries again.
+/// Never destroyed: after stop() its threads sleep, and the rest is left to the system.
 class CurlLoader : public Loader {
 public:
     CurlLoader();
@@ -61,6 +63,8 @@ private:
     void perform();
     bool readInbox();
     bool fallAsleep();
+    void sleep();
+    void makeMulti();
     void applyConnectionLimits();
     void enter(Transfer transfer);
     bool admit();
@@ -72,12 +76,15 @@ private:
     void handOnAll();
     int millisecondsToSleep() const;
 
-    const std::unique_ptr<CURLM, CloseMulti> multi_;
     std::atomic<Token> lastToken_ = 0;
     std::atomic<std::size_t> underWay_ = 0;
 
     std::mutex mutex_;
     Inbox inbox_;
+    std::condition_variable told_;  // for a leader that sleeps without a multi handle
+
+    // The leader's own, but that others wake it up by the handle; set with the lock held, once.
+    MultiHandle multi_;
 
     // The leader's own.
     std::unordered_map<Token, Transfer> transfers_;
