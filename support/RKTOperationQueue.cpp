@@ -1,32 +1,13 @@
 #include "KorvoGitService/RKTOperationQueue.h"
 
-#include <algorithm>
-#include <boost/asio/post.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <mutex>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include "support/RKTOperationQueueAccess.h"
-#include "support/SignalsBlocked.h"
+#include "support/ThreadPool.h"
 
 namespace {
-
-// Handlers parse and map, which is a processor's work: more threads than processors gain nothing,
-// and more than four would be much to ask of an application that lists repositories now and then.
-unsigned poolSize() {
-    return std::clamp(std::thread::hardware_concurrency(), 2U, 4U);
-}
-
-// Never destroyed: at exit its threads may be inside a caller's code, which nobody can wait for.
-boost::asio::thread_pool& pool() {
-    static auto& instance = []() -> boost::asio::thread_pool& {
-        const rkt::SignalsBlocked blocked;  // signals are the application's
-        return *new boost::asio::thread_pool(poolSize());
-    }();
-    return instance;
-}
 
 using Operation = std::function<void()>;
 
@@ -54,7 +35,7 @@ public:
 
 private:
     void runWaitingInPool() {
-        boost::asio::post(pool(), [self = shared_from_this()] { self->runWaiting(); });
+        rkt::runInPool([self = shared_from_this()] { self->runWaiting(); });
     }
 
     void runWaiting() {

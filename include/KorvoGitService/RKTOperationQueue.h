@@ -9,8 +9,9 @@
 #include "KorvoGitService/RKTExport.h"
 
 /// A serial queue: its operations run one at a time, in order, on a few threads that all queues
-/// share. A queue without work costs memory only. An operation that blocks keeps a thread from
-/// everybody; one that throws ends the process, as on any thread.
+/// share. A queue without work costs memory only. An operation that blocks keeps a thread; where
+/// all are kept, another comes after a moment, up to 64. One that throws ends the process, as on
+/// any thread.
 class RKT_EXPORT RKTOperationQueue {
 public:
     RKTOperationQueue();

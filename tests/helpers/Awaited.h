@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <mutex>
 #include <optional>
 #include <stdexcept>
@@ -30,6 +31,15 @@ public:
             throw std::runtime_error("what the test waits for did not come");
         }
         return values_;
+    }
+
+    /// For operations and handlers, where nothing may be thrown.
+    bool comes(std::size_t count) const noexcept {
+        try {
+            return wait(count).size() == count;
+        } catch (const std::exception&) {
+            return false;
+        }
     }
 
     T first() const { return wait().front(); }

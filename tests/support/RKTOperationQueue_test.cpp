@@ -1,4 +1,5 @@
 #include <KorvoGitService/RKTOperationQueue.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <latch>
@@ -91,6 +92,20 @@ TEST(OperationQueue, AnOperationIsGoneBeforeTheNextRuns) {
     checkAfter([&](auto operation) { performHereOrAdd(queue, std::move(operation)); });
     checkAfter([&](auto operation) { queue.addOperation(std::move(operation)); });
     for (const bool one : gone.wait(2)) EXPECT_TRUE(one);
+}
+
+TEST(OperationQueue, ManyOperationsMayWaitForOneAnother) {
+    constexpr std::size_t many = 30;
+    std::vector<RKTOperationQueue> queues(many);
+    Awaited<int> begun;
+    Awaited<bool> met;
+    for (auto& queue : queues) {
+        queue.addOperation([&] {
+            begun.put(1);
+            met.put(begun.comes(many));
+        });
+    }
+    EXPECT_THAT(met.wait(many), testing::Each(true));
 }
 
 TEST(OperationQueue, MayBeDestroyedInAnOperation) {

@@ -9,7 +9,6 @@
 #include <functional>
 #include <future>
 #include <latch>
-#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -207,15 +206,6 @@ TEST_F(KeptLoader, TakesAResultToItsHandler) {
 
 class KeptThreads : public Threads {
 protected:
-    /// Inside a handler, where nothing may be thrown.
-    template <class T>
-    static bool come(const Awaited<T>& awaited, std::size_t count) noexcept {
-        try {
-            return awaited.wait(count).size() == count;
-        } catch (const std::runtime_error&) {
-            return false;
-        }
-    }
     void load(const std::shared_ptr<RKTURLSession>& session, std::function<void()> handler) const {
         session
             ->dataTaskWithRequest(requestTo(origin.url("/x")),
@@ -229,7 +219,7 @@ TEST_F(KeptThreads, AHandlerMayWaitForAnotherSessionsAnswer) {
     load(origin.session(), [&] {
         Awaited<bool> other;
         load(origin.session(), [&] { other.put(true); });
-        answered.put(come(other, 1));
+        answered.put(other.comes(1));
     });
     EXPECT_TRUE(answered.first());
 }
@@ -241,11 +231,27 @@ TEST_F(KeptThreads, TwoHandlersMayWait) {
         load(origin.session(), [&] {
             Awaited<bool> third;
             load(origin.session(), [&] { third.put(true); });
-            second.put(come(third, 1));
+            second.put(third.comes(1));
         });
-        answered.put(come(second, 1));
+        answered.put(second.comes(1));
     });
     EXPECT_TRUE(answered.first());
+}
+
+TEST_F(KeptThreads, ManyHandlersMayWaitEachForTheAnswerOfAnother) {
+    constexpr std::size_t many = 20;
+    Awaited<int> begun;
+    Awaited<bool> answered;
+    for (std::size_t i = 0; i < many; ++i) {
+        load(origin.session(), [&] {
+            begun.put(1);
+            const bool allBegin = begun.comes(many);
+            Awaited<bool> other;
+            load(origin.session(), [&] { other.put(true); });
+            answered.put(allBegin && other.comes(1));
+        });
+    }
+    EXPECT_THAT(answered.wait(many), testing::Each(true));
 }
 
 TEST_F(KeptThreads, AHandlerThatBlocksHoldsUpNobodyElse) {
@@ -279,7 +285,7 @@ TEST_F(KeptThreads, WhatCameTogetherWithABlockedHandlersAnswerDoesNotWaitForIt) 
     for (int i = 0; i < all; ++i) {
         load(origin.session(), [&] {
             if (isFirst.exchange(false)) {
-                answered.put(come(others, all - 1));
+                answered.put(others.comes(all - 1));
             } else {
                 others.put(1);
             }
