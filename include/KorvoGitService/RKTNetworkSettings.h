@@ -23,11 +23,11 @@ struct RKT_EXPORT RKTNetworkSettings {
     struct HostMapping {
         /// The name in the request's address, in any letter case; an international one as it is
         /// looked up ("xn--bcher-kva.example"), an IPv6 address without its zone, with brackets or
-        /// without.
+        /// without. An empty one fits no address.
         std::string host;
         /// The port in the request's address, or its scheme's own.
         std::uint16_t port = 443;
-        /// An IP address or a name that is looked up in the other's place.
+        /// An IP address or a name that is looked up in the other's place. Empty: the name itself.
         std::string address;
         /// Where to connect to.
         std::uint16_t addressPort = 443;

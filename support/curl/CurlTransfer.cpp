@@ -49,9 +49,9 @@ std::string peerOf(const Exchange& exchange, const std::optional<std::string>& a
     const auto* mapping = mappingFor(target, settings);
     std::string peer;
     if (!settings.proxy || mapping || target.scheme == "https") {
-        peer = (mapping ? mapping->address + ":" + std::to_string(mapping->addressPort)
-                        : asciiLowered(target.host)) +
-               " " + std::to_string(target.port);
+        peer = asciiLowered(mapping && !mapping->address.empty() ? mapping->address : target.host);
+        if (mapping) peer.append(":").append(std::to_string(mapping->addressPort));
+        peer.append(" ").append(std::to_string(target.port));
     }
     if (settings.proxy) peer.append(" through ").append(*settings.proxy);
     if (authorityFile) peer.append(" by ").append(*authorityFile);
@@ -167,6 +167,7 @@ void CurlTransfer::configureNetwork() {
     set(CURLOPT_CAPATH, nullptr);
     set(CURLOPT_PROXY_CAPATH, nullptr);
     for (const auto& mapping : settings.hostMappings) {
+        if (mapping.host.empty()) continue;  // for libcurl that is every host
         append(connectTo_, inBrackets(mapping.host) + ":" + std::to_string(mapping.port) + ":" +
                                inBrackets(mapping.address) + ":" +
                                std::to_string(mapping.addressPort));

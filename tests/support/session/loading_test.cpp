@@ -350,6 +350,21 @@ TEST_F(Loading, TheWholeTaskHasATimeLimitToo) {
     EXPECT_EQ(loaded.status(), 200);
 }
 
+// Host mappings
+// --------------------------------------------------------------------------------------------------------
+
+TEST_F(Loading, AMappingWithoutAHostLeadsNobodyElsewhere) {
+    origin.settings.hostMappings = {{"", origin.server.httpPort(), "127.0.0.1", 1}};
+    origin.server.script({}, Answer{});
+    EXPECT_EQ(origin.load(origin.httpURL("/x")).status(), 200);
+}
+
+TEST_F(Loading, AMappingWithoutAnAddressLeadsToAnotherPort) {
+    origin.settings.hostMappings = {{"127.0.0.1", 1, "", origin.server.httpPort()}};
+    origin.server.script({}, Answer{});
+    EXPECT_EQ(origin.load("http://127.0.0.1:1/x").status(), 200);
+}
+
 // Proxies
 // --------------------------------------------------------------------------------------------------------------
 
