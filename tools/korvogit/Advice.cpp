@@ -87,8 +87,8 @@ std::string adviceForTransfer(std::int64_t code) {
         case RKTError::NSURLErrorHTTPTooManyRedirects:
             return "The credentials were not refused. Check --url: it may lead to a sign-in page.";
         case RKTError::NSURLErrorSecureConnectionFailed:
-            return "The token was not sent. Check that the port in --url speaks TLS, and what "
-                   "stands in between.";
+            return "The token was not sent. Check that the port in --url speaks TLS, what stands "
+                   "in between, and a file that --cacert names.";
         case RKTError::NSURLErrorServerCertificateHasBadDate:
         case RKTError::NSURLErrorServerCertificateNotYetValid:
             return "The token was not sent. Check this machine's clock, then tell whoever runs the "
