@@ -35,7 +35,7 @@ struct RKT_EXPORT RKTNetworkSettings {
     };
 
     /// The proxy's URL (http, https, socks5, socks5h; user information is used to sign in to the
-    /// proxy). Nothing: a direct connection.
+    /// proxy). Nothing or empty: a direct connection.
     std::optional<std::string> proxy;
     /// A PEM file with the certificate authorities to trust instead of the system's. Nothing: the
     /// system's.
@@ -43,7 +43,8 @@ struct RKT_EXPORT RKTNetworkSettings {
     /// Empty: every name is looked up.
     std::vector<HostMapping> hostMappings;
 
-    /// The longest time without a byte, while connecting and waiting too; every byte restarts it.
+    /// The longest time without a byte, sent or received, while connecting and waiting too, for one
+    /// of maximumConnectionsPerOrigin among others; every byte restarts it.
     /// Of a host's several addresses one that is silent gets half of it before the next is tried.
     /// 60 s is the field's habit: longer than a slow page takes, short enough for a person to wait.
     /// Both times count as a millisecond at least and ten years at most.

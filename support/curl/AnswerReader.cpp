@@ -1,8 +1,11 @@
 #include "support/curl/AnswerReader.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <exception>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "support/ASCII.h"
@@ -38,6 +41,12 @@ int statusIn(std::string_view line) {
     return isVersion && isStatus ? static_cast<int>(integerFromText(status)) : 0;
 }
 
+bool isLength(std::string_view text) {
+    std::int64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && isASCIIDigit(text.front());
+}
+
 }  // namespace
 
 bool AnswerReader::refuse(Refusal reason) {
@@ -67,7 +76,7 @@ bool AnswerReader::read(std::string_view line) {
         case Place::Headers:
             if (line.empty()) {
                 place_ = status_ / 100 == 1 ? Place::StatusLine : Place::AfterHeaders;
-                if (!lengthsAgree()) return refuse(Refusal::LengthsDiffer);
+                if (!isLengthClear()) return refuse(Refusal::NoLength);
             } else {
                 readField(line);
             }
@@ -78,22 +87,23 @@ bool AnswerReader::read(std::string_view line) {
     return true;
 }
 
-// libcurl believes the last of several lengths, and the first in a list. Lengths that differ leave
-// open where the body ends (RFC 9112 section 6.3), so that a part of it could pass for the whole.
-bool AnswerReader::lengthsAgree() const {
+// libcurl believes the last of several lengths, the first in a list, and digits at the beginning
+// whatever follows them. A length that leaves open where the body ends (RFC 9112 section 6.3) could
+// let a part of it pass for the whole.
+bool AnswerReader::isLengthClear() const {
     std::optional<std::string_view> length;
-    bool agree = true;
+    bool isClear = true;
     headers_.visitAll([&](std::string_view name, std::string_view value) {
         if (!equalIgnoringCase(name, "Content-Length")) return;
         for (auto rest = value; !rest.empty();) {
             const auto piece = rest.substr(0, rest.find(','));
             rest.remove_prefix(std::min(piece.size() + 1, rest.size()));
             const auto number = withoutOuterBlanks(piece);
-            agree = agree && length.value_or(number) == number;
+            isClear = isClear && isLength(number) && length.value_or(number) == number;
             length = number;
         }
     });
-    return agree;
+    return isClear;
 }
 
 void AnswerReader::readField(std::string_view line) {

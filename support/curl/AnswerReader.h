@@ -24,7 +24,7 @@ class AnswerReader {
 public:
     explicit AnswerReader(std::size_t maximumBodySize) : maximumBodySize_(maximumBodySize) {}
 
-    enum class Refusal { None, NoStatusLine, HeadersTooLong, LengthsDiffer, BodyTooLong, NoMemory };
+    enum class Refusal { None, NoStatusLine, HeadersTooLong, NoLength, BodyTooLong, NoMemory };
 
     bool takeHeaderLine(std::string_view line) noexcept;
     /// @param expected  the length of the whole body as announced; not positive when it was not
@@ -36,6 +36,9 @@ public:
     /// True for an answer that changes to another protocol, which nobody asked for.
     bool switchesProtocols() const { return status_ == 101; }
 
+    /// Of all header lines so far.
+    std::size_t headerBytes() const { return headerBytes_; }
+
     HeaderBlock takeHeaders() { return std::move(headers_); }
     std::string takeBody() { return std::move(body_); }
 
@@ -44,7 +47,7 @@ private:
 
     bool read(std::string_view line);
     void readField(std::string_view line);
-    bool lengthsAgree() const;
+    bool isLengthClear() const;
     bool refuse(Refusal reason);
 
     const std::size_t maximumBodySize_;

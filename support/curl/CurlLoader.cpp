@@ -208,10 +208,12 @@ void CurlLoader::expire() {
     while (const auto token = deadlines_.takeDue(now)) {
         const auto found = transfers_.find(*token);
         if (found == transfers_.end()) continue;
-        if (found->second->deadline() > now) {
-            deadlines_.set(*token, found->second->nextLook(now));
+        auto& transfer = *found->second;
+        transfer.look(now);
+        if (transfer.deadline() > now) {
+            deadlines_.set(*token, transfer.nextLook(now));
         } else {
-            finish(*token, found->second->takeTimeout());
+            finish(*token, transfer.takeTimeout());
         }
     }
 }

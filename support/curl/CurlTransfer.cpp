@@ -74,6 +74,7 @@ CurlTransfer::CurlTransfer(Loader::Token token, Exchange exchange, Loader::Finis
                            Admission& admission)
     : token_(token),
       exchange_(std::move(exchange)),
+      memory_(std::dynamic_pointer_cast<CurlSessionMemory>(exchange_.memory)),
       authorityFile_(authorityFileOf(*exchange_.settings)),
       peer_(peerOf(exchange_, authorityFile_)),
       finished_(std::move(finished)),
@@ -132,8 +133,8 @@ void CurlTransfer::configureRequest() {
     append(headerList_, "Accept:");
     append(headerList_, "Expect:");
     set(CURLOPT_HTTPHEADER, headerList_.get());
-    if (const auto memory = std::dynamic_pointer_cast<CurlSessionMemory>(exchange_.memory)) {
-        set(CURLOPT_SHARE, memory->share());
+    if (memory_) {
+        set(CURLOPT_SHARE, memory_->share());
         keepTLSSessionsResumable(handle_.get());
         set(CURLOPT_COOKIEFILE, "");  // turns cookies on, reads no file
     }
@@ -224,6 +225,14 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
     return self.answer_.takeBody({bytes, size * count}, expected) ? size * count : 0;
 }
 
+// libcurl tells how many bytes of the body have gone, not when.
+void CurlTransfer::look(TimePoint now) {
+    curl_off_t sent = 0;
+    curl_easy_getinfo(handle_.get(), CURLINFO_SIZE_UPLOAD_T, &sent);
+    if (sent > sentOfBody_) lastByte_ = now;
+    sentOfBody_ = sent;
+}
+
 // Bytes that only libcurl sees, of name resolution and handshakes, count at the end of each phase.
 CurlTransfer::TimePoint CurlTransfer::deadline() const {
     auto last = lastByte_;
@@ -237,13 +246,13 @@ CurlTransfer::TimePoint CurlTransfer::deadline() const {
 }
 
 CurlTransfer::TimePoint CurlTransfer::nextLook(TimePoint now) const {
-    constexpr int looksWhileConnecting = 8;
+    constexpr int looks = 8;
     constexpr std::chrono::milliseconds shortest(1);
     curl_off_t connected = 0;
     curl_easy_getinfo(handle_.get(), CURLINFO_PRETRANSFER_TIME_T, &connected);
-    if (connected > 0) return deadline();
-    return std::min(deadline(),
-                    now + std::max(exchange_.idleTimeout / looksWhileConnecting, shortest));
+    const bool isSent = sentOfBody_ == static_cast<curl_off_t>(exchange_.body.size());
+    if (connected > 0 && isSent) return deadline();
+    return std::min(deadline(), now + std::max(exchange_.idleTimeout / looks, shortest));
 }
 
 // What libcurl says of a proxy may hold the proxy's text, and that a password.
@@ -264,8 +273,9 @@ std::optional<ExchangeResult::Failure> CurlTransfer::failure(CURLcode code) cons
             return because(RKTError::NSURLErrorBadServerResponse, "the status line is none");
         case AnswerReader::Refusal::HeadersTooLong:
             return because(RKTError::NSURLErrorBadServerResponse, "the headers are too long");
-        case AnswerReader::Refusal::LengthsDiffer:
-            return because(RKTError::NSURLErrorBadServerResponse, "the body has several lengths");
+        case AnswerReader::Refusal::NoLength:
+            return because(RKTError::NSURLErrorBadServerResponse,
+                           "the length is no number, or several");
         case AnswerReader::Refusal::BodyTooLong:
             return because(RKTError::NSURLErrorDataLengthExceedsMaximum, "the body is too long");
         case AnswerReader::Refusal::NoMemory:
@@ -287,6 +297,7 @@ std::optional<ExchangeResult::Failure> CurlTransfer::failure(CURLcode code) cons
 }
 
 ExchangeResult CurlTransfer::takeResult(CURLcode code) {
+    if (memory_ && handle_) memory_->boundCookies(handle_.get(), answer_.headerBytes());
     ExchangeResult result;
     result.failure = failure(code);
     result.status = answer_.status();

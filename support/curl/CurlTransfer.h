@@ -4,12 +4,14 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "support/curl/Admission.h"
 #include "support/curl/AnswerReader.h"
 #include "support/curl/CurlHandles.h"
+#include "support/curl/CurlSessionMemory.h"
 #include "support/session/Loader.h"
 
 namespace rkt {
@@ -39,10 +41,13 @@ public:
     /// Its turn has come: it goes into the multi handle.
     void goOn() { handedOver_ = std::chrono::steady_clock::now(); }
 
-    /// When the transfer is too late, as things stand.
+    /// Sees whether more of the request's body has gone.
+    void look(TimePoint now);
+    /// When the transfer is too late, as it was looked at.
     TimePoint deadline() const;
-    /// When to look at it again at the latest. libcurl keeps no timer for its going on from an
-    /// address that is silent to the host's next one; it does so when it is looked at.
+    /// When to look at it again at the latest: while it connects, since libcurl keeps no timer for
+    /// its going on from an address that is silent to the host's next one but does so when it is
+    /// looked at; and while it sends a body.
     TimePoint nextLook(TimePoint now) const;
 
     ExchangeResult takeResult(CURLcode code);
@@ -69,6 +74,7 @@ private:
 
     const Loader::Token token_;
     const Exchange exchange_;
+    const std::shared_ptr<CurlSessionMemory> memory_;
     const std::optional<std::string> authorityFile_;
     const std::string peer_;
     Loader::Finished finished_;
@@ -81,7 +87,8 @@ private:
 
     const TimePoint started_ = std::chrono::steady_clock::now();
     TimePoint handedOver_ = started_;
-    TimePoint lastByte_ = started_;
+    TimePoint lastByte_ = started_;  // that came, or was seen to have gone
+    curl_off_t sentOfBody_ = 0;      // when it was looked at
     AnswerReader answer_;
 };
 

@@ -190,6 +190,12 @@ std::vector<FaultRow> heads() {
             E::NSURLErrorBadServerResponse),
         row("Length that is no number", spoilt(faults::lengthNoNumber()),
             E::NSURLErrorBadServerResponse),
+        row("Length that begins like a number",
+            spoilt(raw("HTTP/1.1 200 OK\r\nContent-Length: 2x\r\n\r\n[]")),
+            E::NSURLErrorBadServerResponse),
+        row("Length beyond 63 bits",
+            spoilt(raw("HTTP/1.1 200 OK\r\nContent-Length: 9223372036854775808\r\n\r\n[]")),
+            E::NSURLErrorBadServerResponse),
         row("Two lengths that differ", spoilt(faults::twoLengths()),
             E::NSURLErrorBadServerResponse),
     };

@@ -6,6 +6,7 @@
 #include "core/LinkHeader.h"
 #include "support/JSONParsers.h"
 #include "support/curl/AnswerReader.h"
+#include "support/curl/CurlSessionMemory.h"
 #include "support/session/Redirect.h"
 #include "tests/reliability/Faults.h"
 #include "tests/reliability/Operations.h"
@@ -130,6 +131,7 @@ TEST(ReliabilityPage, HasTheLimitsThatAreTested) {
         {"Body", std::to_string(RKTNetworkSettings().maximumBodySize) + " bytes",
          "NSURLErrorDomain -1103"},
         {"Headers", std::to_string(rkt::maximumHeaderBytes) + " bytes", "NSURLErrorDomain -1011"},
+        {"Cookies", std::to_string(rkt::maximumCookies), "success"},
         {"Redirects", std::to_string(rkt::maximumRedirects), "NSURLErrorDomain -1007"},
         {"Depth of JSON", std::to_string(rkt::jsonDepthLimit) + " levels",
          "NSCocoaErrorDomain 3840"},
