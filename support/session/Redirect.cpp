@@ -100,6 +100,11 @@ std::optional<RKTURL> resolved(const RKTURL& base, std::string_view location) {
     return RKTURL::URLWithString(withAuthority(*target, *authority));
 }
 
+// What a request that has lost its body must not say (RFC 9110 section 15.4).
+constexpr auto fieldsOfABody = {"Content-Encoding", "Content-Language", "Content-Length",
+                                "Content-Location", "Content-Type",     "Digest",
+                                "Last-Modified",    "Transfer-Encoding"};
+
 bool becomesGet(const std::string& method, int status) {
     if (status == 303) return method != "GET" && method != "HEAD";
     return (status == 301 || status == 302) && method == "POST";
@@ -135,12 +140,13 @@ std::variant<RKTURLRequest, RKTError::URLCode> requestAfterRedirect(const RKTURL
     if (becomesGet(request.HTTPMethod(), status)) {
         next.setHTTPMethod("GET");
         next.setHTTPBody({});
-        next.setValue(std::nullopt, "Content-Type");
+        for (const auto* const ofBody : fieldsOfABody) next.setValue(std::nullopt, ofBody);
     }
     if (!sameOrigin(*origin, target)) {
         if (!next.HTTPBody().empty()) return RKTError::NSURLErrorBadServerResponse;
         next.setValue(std::nullopt, "Authorization");
         next.setValue(std::nullopt, "Cookie");
+        next.setValue(std::nullopt, "Host");
     }
     return next;
 }

@@ -44,7 +44,11 @@ TEST_P(Redirect, ChangesTheMethodAsHTTPSays) {
     origin.server.script({.path = "/target"}, Answer{});
     auto request = requestTo(origin.url("/x"));
     request.setHTTPMethod(GetParam().method);
-    if (request.HTTPMethod() == "POST") request.setHTTPBody("grant=1");
+    if (request.HTTPMethod() == "POST") {
+        request.setHTTPBody("grant=1");
+        request.setValue("7", "Content-Length");
+        request.setValue("de", "Content-Language");
+    }
     const Loaded loaded = origin.load(request);
     EXPECT_EQ(loaded.status(), 200);
     EXPECT_EQ(loaded.response->URL()->absoluteString(), origin.url("/target?page=2"));
@@ -52,7 +56,8 @@ TEST_P(Redirect, ChangesTheMethodAsHTTPSays) {
     EXPECT_EQ(next.method, GetParam().nextMethod);
     EXPECT_EQ(next.target, "/target?page=2");
     EXPECT_EQ(next.body, GetParam().bodyStays ? "grant=1" : "");
-    EXPECT_EQ(next.headers.get("Content-Type").has_value(), GetParam().bodyStays);
+    for (const auto* const ofBody : {"Content-Type", "Content-Length", "Content-Language"})
+        EXPECT_EQ(next.headers.get(ofBody).has_value(), GetParam().bodyStays) << ofBody;
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -84,6 +89,29 @@ TEST_F(Redirects, FollowsNoLocationOfAStatusThatDoesNotRedirect) {
         EXPECT_EQ(loaded.response->valueForHTTPHeaderField("Location"), "/elsewhere");
     }
     EXPECT_TRUE(origin.server.requests({.path = "/elsewhere"}).empty());
+}
+
+// Cookies belong to the host that this names.
+TEST_F(Redirects, TakesTheHostFieldToTheSameOriginOnly) {
+    const auto redirect = [&](const char* path, const std::string& location) {
+        Answer answer{.status = 302};
+        answer.headers.add("Location", location);
+        answer.headers.add("Set-Cookie", "secret=planted");
+        origin.server.script({.path = path}, answer);
+    };
+    redirect("/1", "/2");
+    redirect("/2", "https://api.github.com/3");  // the same server under another name
+    origin.server.script({.path = "/3"}, Answer{});
+    auto request = requestTo(origin.url("/1"));
+    request.setValue("app.example", "Host");
+    EXPECT_EQ(origin.load(request).status(), 200);
+    const auto requests = origin.server.requests();
+    ASSERT_EQ(requests.size(), 3U);
+    EXPECT_EQ(requests[0].authority, "app.example");
+    EXPECT_EQ(requests[1].authority, "app.example");
+    EXPECT_EQ(requests[1].headers.get("Cookie"), "secret=planted");
+    EXPECT_EQ(requests[2].authority, "api.github.com");
+    EXPECT_FALSE(requests[2].headers.get("Cookie"));
 }
 
 TEST_F(Redirects, SendsAuthorizationToTheSameOriginOnlyAndNeverAgainAfterwards) {
