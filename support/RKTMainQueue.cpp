@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -98,11 +99,20 @@ private:
     };
 
     // Gives the executor what waits. One thread does so at a time, for all others, so that the
-    // tasks keep their order.
+    // tasks keep their order; an exception comes out once all have had their turn.
     void handOver() {
         std::unique_lock lock(mutex_);
         if (called_) return;
-        while (executor_ && !tasks_.empty()) Call(*this, lock).make();
+        std::exception_ptr thrown;
+        while (executor_ && !tasks_.empty()) {
+            try {
+                Call(*this, lock).make();
+            } catch (...) {
+                if (!thrown) thrown = std::current_exception();
+            }
+        }
+        lock.unlock();
+        if (thrown) std::rethrow_exception(thrown);
     }
 
     bool isCalledElsewhere(const RKTMainQueue::Executor* executor) const {

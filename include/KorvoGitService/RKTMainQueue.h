@@ -20,8 +20,8 @@ public:
     /// Takes a task and sees to it that it runs on the main thread, later: never inside the call,
     /// which comes from a thread of the library or from setExecutor(), one call at a time. An
     /// exception from it costs that task and comes out of the async() or setExecutor() that made
-    /// the call; on a thread of the library it ends the process. What a task holds is freed where
-    /// it ran, wherever the executor's loop frees the task.
+    /// the call, the first of several; on a thread of the library it ends the process. What a task
+    /// holds is freed where it ran, wherever the executor's loop frees the task.
     using Executor = std::function<void(Task)>;
 
     RKTMainQueue() = delete;

@@ -334,6 +334,18 @@ TEST_F(MainQueue, AnExecutorThatThrowsLosesThatTaskAlone) {
     EXPECT_EQ(loop.count(), 1U);
 }
 
+TEST_F(MainQueue, AnExecutorThatThrowsReceivesTheNextTasksAllTheSame) {
+    for (int i = 0; i < 4; ++i) RKTMainQueue::async([] {});
+    int calls = 0;
+    const auto setExecutor = [&] {
+        RKTMainQueue::setExecutor([&](const RKTMainQueue::Task&) {
+            if (++calls % 2 != 0) throw std::runtime_error(std::to_string(calls));
+        });
+    };
+    EXPECT_THAT(setExecutor, testing::ThrowsMessage<std::runtime_error>("1"));
+    EXPECT_EQ(calls, 4);
+}
+
 TEST_F(MainQueue, ATaskThatComesWhileOthersAreHandedOverComesAfterThem) {
     std::vector<int> order;
     for (int i = 0; i < 3; ++i) RKTMainQueue::async([&, i] { order.push_back(i); });
