@@ -21,10 +21,18 @@ bool isFieldValue(std::string_view text) {
     });
 }
 
+std::size_t headBytes(const RKTURLRequest& request) {
+    const auto url = request.URL();
+    std::size_t bytes = url ? url->absoluteString().size() : 0;
+    for (const auto& [name, value] : request.allHTTPHeaderFields())
+        bytes += name.size() + value.size();
+    return bytes;
+}
+
 }  // namespace
 
 bool canBeSent(const RKTURLRequest& request) {
-    return isToken(request.HTTPMethod()) &&
+    return headBytes(request) <= maximumRequestHeadBytes && isToken(request.HTTPMethod()) &&
            std::ranges::all_of(request.allHTTPHeaderFields(), [](const auto& field) {
                return isToken(field.first) && isFieldValue(field.second);
            });

@@ -7,6 +7,7 @@
 #include <set>
 #include <string>
 
+#include "support/session/RequestHeaders.h"
 #include "tests/helpers/HTTP2Front.h"
 #include "tests/helpers/Loading.h"
 
@@ -37,6 +38,20 @@ TEST_F(HTTP2, FindsHeadersThatCameInLowerCase) {
     EXPECT_TRUE(std::ranges::any_of(headers, [](const auto& field) {
         return field.first == "link";
     })) << "the answer did not come over HTTP/2";
+}
+
+// In HTTP/2 the limit of libraries is lower than in HTTP/1.1.
+TEST_F(HTTP2, TheLongestRequestCanBeSentAndALongerOneIsRefused) {
+    origin.server.script({.path = "/x"}, emulator::textAnswer(200, "read"));
+    auto request = requestTo("https://api.github.com/x");
+    const auto setToken = [&](std::size_t length) {
+        request.setValue(std::string(length, 't'), "X-Token");
+    };
+    const auto fixed = request.URL()->absoluteString().size() + std::string("X-Token").size();
+    setToken(rkt::maximumRequestHeadBytes - fixed);
+    EXPECT_EQ(origin.load(request).data, "read");
+    setToken(rkt::maximumRequestHeadBytes - fixed + 1);
+    EXPECT_EQ(origin.load(request).code(), RKTError::NSURLErrorBadURL);
 }
 
 TEST_F(HTTP2, ManyRequestsOfManySessionsShareOneConnection) {
