@@ -26,7 +26,8 @@ class RKT_EXPORT RKTJSONValue {
 public:
     /// Nothing unless the value is of that type. true and false are numbers too
     /// (RKTNumber::Type::Boolean); null is none of these. Integers are exact to 64 bits, signed and
-    /// unsigned; beyond that a number is floating-point.
+    /// unsigned; beyond that a number is floating-point. A document with a number that is too large
+    /// for these, such as 1e400, cannot be read.
     std::optional<RKTNumber> number() const;
     /// UTF-8, with the escapes resolved; may hold NUL characters.
     std::optional<std::string_view> string() const;

@@ -42,7 +42,7 @@ public:
     std::size_t hash() const;
 
     /// Secure coding: bytes that decode to an equal identifier of the same type on any machine and
-    /// with any later version of the library.
+    /// with any later version of the library. Those of a text that is not UTF-8 decode to nothing.
     std::string encodedData() const;
     /// Nothing for bytes that encodedData() does not make: of another version, unknown type, cut
     /// short or too long, or a text that is not UTF-8.

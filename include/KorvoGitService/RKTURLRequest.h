@@ -37,7 +37,8 @@ public:
     /// What was set, in order; without those that a session adds by itself.
     const std::vector<Header>& allHTTPHeaderFields() const { return headers_; }
 
-    /// Any bytes; empty sends none.
+    /// Any bytes; empty sends none. Without a "Content-Type" they go out as
+    /// "application/x-www-form-urlencoded".
     const std::string& HTTPBody() const { return body_; }
     void setHTTPBody(std::string body) { body_ = std::move(body); }
 
