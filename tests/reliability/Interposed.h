@@ -21,6 +21,18 @@ public:
     static std::shared_ptr<emulator::Gate> silence(const std::string& name);
 };
 
+/// socket(), socketpair() and eventfd(), by which libcurl and the library come to file descriptors.
+/// A limit of the system would be the sanitizers' too, which need some to look at memory.
+class Descriptors {
+public:
+    Descriptors() = delete;
+
+    /// From now on there are so many more, and then EMFILE.
+    static void leave(int count);
+    /// As many as the system has.
+    static void leaveAll();
+};
+
 /// libdeflate_gzip_decompress_ex(), by which bodies are inflated.
 class Inflating {
 public:
