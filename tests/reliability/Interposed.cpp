@@ -3,13 +3,11 @@
 #include <dlfcn.h>
 #include <libdeflate.h>
 #include <netdb.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 
 #include <atomic>
 #include <cerrno>
 #include <future>
-#include <limits>
 #include <map>
 #include <mutex>
 #include <utility>
@@ -35,15 +33,7 @@ Function next(const char* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
 }
 
-std::atomic<int> descriptorsLeft = std::numeric_limits<int>::max();
-
-bool takeDescriptors(int count) {
-    if (descriptorsLeft == std::numeric_limits<int>::max()) return true;
-    if (descriptorsLeft.fetch_sub(count) >= count) return true;
-    descriptorsLeft += count;
-    errno = EMFILE;
-    return false;
-}
+std::atomic<bool> socketPairsAllowed = true;
 
 // Never destroyed: look-ups may last until the process ends.
 std::map<std::string, Name>& known() {
@@ -79,27 +69,15 @@ std::shared_ptr<emulator::Gate> Names::silence(const std::string& name) {
     return gate;
 }
 
-void Descriptors::leave(int count) {
-    descriptorsLeft = count;
-}
-
-void Descriptors::leaveAll() {
-    descriptorsLeft = std::numeric_limits<int>::max();
-}
-
-extern "C" int socket(int domain, int type, int protocol) noexcept {
-    static const auto libraryFunction = next<decltype(&socket)>("socket");
-    return takeDescriptors(1) ? libraryFunction(domain, type, protocol) : -1;
+void SocketPairs::allow(bool allowed) {
+    socketPairsAllowed = allowed;
 }
 
 extern "C" int socketpair(int domain, int type, int protocol, int* pair) noexcept {
     static const auto libraryFunction = next<decltype(&socketpair)>("socketpair");
-    return takeDescriptors(2) ? libraryFunction(domain, type, protocol, pair) : -1;
-}
-
-extern "C" int eventfd(unsigned int counter, int flags) noexcept {
-    static const auto libraryFunction = next<decltype(&eventfd)>("eventfd");
-    return takeDescriptors(1) ? libraryFunction(counter, flags) : -1;
+    if (socketPairsAllowed) return libraryFunction(domain, type, protocol, pair);
+    errno = EMFILE;
+    return -1;
 }
 
 void Inflating::holdAt(std::shared_ptr<emulator::Gate> gate) {

@@ -21,16 +21,15 @@ public:
     static std::shared_ptr<emulator::Gate> silence(const std::string& name);
 };
 
-/// socket(), socketpair() and eventfd(), by which libcurl and the library come to file descriptors.
-/// A limit of the system would be the sanitizers' too, which need some to look at memory.
-class Descriptors {
+/// socketpair(), by which libcurl makes what it is woken up by. A limit of the process would be the
+/// sanitizers' too, which need descriptors to look at memory; and the thread sanitizer learns from
+/// its own socket() who waits for whom.
+class SocketPairs {
 public:
-    Descriptors() = delete;
+    SocketPairs() = delete;
 
-    /// From now on there are so many more, and then EMFILE.
-    static void leave(int count);
-    /// As many as the system has.
-    static void leaveAll();
+    /// Whether there is one, or no descriptor left for it.
+    static void allow(bool allowed);
 };
 
 /// libdeflate_gzip_decompress_ex(), by which bodies are inflated.

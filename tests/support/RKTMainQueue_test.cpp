@@ -1,15 +1,19 @@
 #include "KorvoGitService/RKTMainQueue.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <atomic>
+#include <cstdlib>
 #include <latch>
 #include <memory>
 #include <mutex>
 #include <numeric>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -226,6 +230,24 @@ TEST_F(MainQueue, TheDescriptorStaysTheSame) {
 }
 
 // The application's executor
+
+// In a process of its own: the descriptor stays once there is one.
+[[noreturn]] void askWithoutDescriptors() {
+    RKTMainQueue::async([] {});
+    rlimit usual{};
+    getrlimit(RLIMIT_NOFILE, &usual);
+    const rlimit none = {0, usual.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const bool isRefused = RKTMainQueue::fileDescriptor() == -1;
+    setrlimit(RLIMIT_NOFILE, &usual);
+    pollfd descriptor = {RKTMainQueue::fileDescriptor(), POLLIN, 0};
+    std::_Exit(isRefused && poll(&descriptor, 1, 0) == 1 ? EXIT_SUCCESS : EXIT_FAILURE);
+}
+
+TEST_F(MainQueue, AsksAgainForADescriptorThatItDidNotGet) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(askWithoutDescriptors(), testing::ExitedWithCode(EXIT_SUCCESS), "");
+}
 
 TEST_F(MainQueue, AnExecutorReceivesTheTasksAndTheLibrarysQueueNone) {
     Loop loop;
