@@ -35,32 +35,40 @@ public:
 private:
     void receive(std::uint64_t page, const RKTServiceArrayResult& result) {
         if (result.error()) return onEnd_(result.error());
-        const Results repositories = withoutRepeated(result.results().value_or(Results()));
-        if (repositories.empty()) return onEnd_(std::nullopt);
-        onPage_(repositories);
-        if (isLastPage(result)) return onEnd_(std::nullopt);
-        fetch(pageAfter(page));
+        const Results all = result.results().value_or(Results());
+        const Results fresh = withoutRepeated(all);
+        received_ += all.size();
+        repetitions_ = fresh.empty() ? repetitions_ + 1 : 0;
+        if (!fresh.empty()) onPage_(fresh);
+        const bool isLast = all.empty() || repetitions_ > mostRepetitions() || isLastPage(result);
+        return isLast ? onEnd_(std::nullopt) : fetch(pageAfter(page));
     }
 
     /// Bitbucket Server takes (page - 1) / countPerPage for the number of repositories to skip.
-    std::uint64_t pageAfter(std::uint64_t page) const {
-        const bool skips = service_->credentials()->serviceType() == RKTServiceTypeBitbucketServer;
-        return skips ? seen_.size() * countPerPage_ + 1 : page + 1;
+    bool skipsRepositories() const {
+        return service_->credentials()->serviceType() == RKTServiceTypeBitbucketServer;
     }
+    std::uint64_t pageAfter(std::uint64_t page) const {
+        return skipsRepositories() ? received_ * countPerPage_ + 1 : page + 1;
+    }
+    /// It counts those that the account may not see, too, and repeats what follows them.
+    int mostRepetitions() const { return skipsRepositories() ? 20 : 0; }
 
     /// Services that page by links say whether there is a next page. The others, and those whose
     /// list fits one page, send no links: an empty page tells the end, but not a short one, since a
-    /// service may give fewer than it was asked for.
+    /// service may give fewer than it was asked for. Links of a gateway say nothing about pages.
     static bool isLastPage(const RKTServiceArrayResult& result) {
         const auto links = result.linkRelations();
-        return links && !links->contains(RKTServiceLinkRelationNext);
+        const auto has = [&](const char* name) { return links && links->contains(name); };
+        return !has(RKTServiceLinkRelationNext) &&
+               (has(RKTServiceLinkRelationFirst) || has(RKTServiceLinkRelationPrevious));
     }
 
     /// A page may repeat what came before, when the list grows meanwhile.
     Results withoutRepeated(Results page) {
         std::erase_if(page, [this](const auto& repository) {
-            const auto identifier = repository->identifier();
-            return identifier && !seen_.insert(*identifier).second;
+            const RKTServiceIdentifier name(repository->fullName().value_or(""));
+            return !seen_.insert(repository->identifier().value_or(name)).second;
         });
         return page;
     }
@@ -70,6 +78,8 @@ private:
     const std::function<void(const Results& page)> onPage_;
     const std::function<void(std::optional<RKTError> error)> onEnd_;
     std::unordered_set<RKTServiceIdentifier> seen_;
+    std::uint64_t received_ = 0;
+    int repetitions_ = 0;
 };
 
 /// Lists octavia's repositories and waits for it; a graphical application would not wait.

@@ -20,10 +20,22 @@ bool pagesByLinks(std::string_view serviceType) {
     return std::ranges::find(types, serviceType) != types.end();
 }
 
+/// Others may stand in the same header, such as those of a gateway's style sheet.
+bool tellOfPages(const RKTServiceArrayResult::LinkRelations& links) {
+    const std::array<std::string_view, 4> names = {
+        RKTServiceLinkRelationFirst, RKTServiceLinkRelationPrevious, RKTServiceLinkRelationNext,
+        RKTServiceLinkRelationLast};
+    return std::ranges::any_of(names, [&](std::string_view name) { return links.contains(name); });
+}
+
 /// The longest pages that are to be had: the fewest requests.
 RKTNumber longestPage(std::string_view serviceType) {
     return serviceType == RKTServiceTypeBitbucketServer ? 1000 : 100;
 }
+
+/// A Bitbucket Server counts repositories that the account may not see among those to skip, and
+/// gives what follows them: pages repeat until as many came.
+constexpr int mostRepetitions = 20;
 
 std::int64_t integerIn(const std::optional<RKTNumber>& number) {
     return number ? number->integerValue() : 0;
@@ -64,11 +76,12 @@ PageWalk::Results PageWalk::take(const RKTServiceArrayResult& page) {
     }
     received_ += all.size();
     repositories_ += fresh.size();
-    endsInRepetition_ = fresh.empty() && !all.empty();
+    repetitions_ = fresh.empty() && !all.empty() ? repetitions_ + 1 : 0;
+    endsInRepetition_ = repetitions_ > (startsAtRepositories_ ? mostRepetitions : 0);
     if (!fresh.empty() || pages_ == 0) ++pages_;
     // The last page does not tell it any more.
     if (const auto told = integerIn(page.totalNumberOfPages()); told > 0) total_ = told;
-    isOver_ = fresh.empty() || !tellsOfNextPage(page);
+    isOver_ = all.empty() || endsInRepetition_ || !tellsOfNextPage(page);
     return fresh;
 }
 
@@ -88,6 +101,7 @@ bool PageWalk::isNew(const RKTServiceRepository& repository) {
 bool PageWalk::tellsOfNextPage(const RKTServiceArrayResult& page) const {
     const auto relations = page.linkRelations();
     if (relations && relations->contains(RKTServiceLinkRelationNext)) return true;
+    if (relations && !tellOfPages(*relations)) return true;  // nothing is told
     return pages_ < integerIn(page.totalNumberOfPages()) || end_ == End::EmptyPage;
 }
 

@@ -26,7 +26,7 @@ public:
     Results take(const RKTServiceArrayResult& page);
 
     bool isOver() const { return isOver_; }
-    /// True when it is over because a page had nothing but what came before.
+    /// True when it is over because pages had nothing but what came before.
     bool endsInRepetition() const { return endsInRepetition_; }
     /// How many pages came, without those that brought nothing.
     std::int64_t pages() const { return pages_; }
@@ -51,6 +51,7 @@ private:
     std::int64_t total_ = 0;
     std::size_t received_ = 0;
     std::size_t repositories_ = 0;
+    int repetitions_ = 0;  // pages without anything new, one after another
     bool isOver_ = false;
     bool endsInRepetition_ = false;
 };

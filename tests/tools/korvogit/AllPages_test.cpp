@@ -307,6 +307,46 @@ TEST_F(KorvogitAllPages, OfABitbucketServerFollowOneAnotherWithoutAGap) {
     EXPECT_THAT(starts, ElementsAre("0", "3", "6", "8"));
 }
 
+// Repositories that the account may not see count among those to skip: what follows them comes
+// again until as many came.
+TEST_F(KorvogitAllPages, OfABitbucketServerThatHidesSomeAreComplete) {
+    server.script({.path = "/rest/api/1.0/repos"}, [](const emulator::Request& request) {
+        const int start = std::stoi(request.queryValue("start").value_or("0"));
+        json values = json::array();
+        for (int id = start; id < 60 && values.size() < 10; ++id) {
+            if (id < 5 || id >= 45) values.push_back({{"id", id}, {"name", std::to_string(id)}});
+        }
+        return emulator::jsonAnswer(200, json{{"start", start}, {"values", values}}.dump());
+    });
+    const Ended ended =
+        run(launch(all({"--service", "BitbucketServer", "--url", server.httpsURL(), "--cacert",
+                        server.caFile().string(), "--format", "csv", "--columns", "name"})));
+    EXPECT_EQ(ended.error, "");
+    const auto lines = linesOf(ended.output);
+    ASSERT_THAT(lines, SizeIs(21));
+    EXPECT_THAT(lines.back(), StartsWith("59"));
+}
+
+TEST_F(KorvogitAllPages, OfABitbucketServerThatRepeatsItselfEnd) {
+    server.script({.path = "/rest/api/1.0/repos"},
+                  emulator::jsonAnswer(200, R"({"values": [{"id": 1, "name": "a"}]})"));
+    const Ended ended =
+        run(launch(all({"--service", "BitbucketServer", "--url", server.httpsURL(), "--cacert",
+                        server.caFile().string(), "--format", "csv", "--columns", "name"})));
+    EXPECT_EQ(ended.output, "name\r\na\r\n");
+    EXPECT_THAT(ended.error, HasSubstr("repeats itself"));
+    EXPECT_EQ(server.requestCount(), 22U);
+}
+
+TEST_F(KorvogitAllPages, DoNotEndAtLinksThatTellNothingOfPages) {
+    auto first = emulator::jsonAnswer(200, page(1, 3));
+    first.headers.add("Link", "<https://cdn.example/>; rel=preconnect");
+    answerPages({first, emulator::jsonAnswer(200, page(4, 2))});
+    const Ended ended = listAll({"--format", "csv", "--columns", "fullName"});
+    EXPECT_EQ(ended.error, "");
+    EXPECT_EQ(ended.output, "fullName\r\no/1\r\no/2\r\no/3\r\no/4\r\no/5\r\n");
+}
+
 TEST_F(KorvogitAllPages, KeepTheSelection) {
     EXPECT_EQ(
         listAll({"--sort", "name", "--direction", "descending", "--visibility", "private"}).status,
