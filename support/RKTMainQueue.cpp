@@ -9,6 +9,7 @@
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -103,16 +104,19 @@ private:
     void handOver() {
         std::unique_lock lock(mutex_);
         if (called_) return;
-        std::exception_ptr thrown;
-        while (executor_ && !tasks_.empty()) {
+        std::vector<std::exception_ptr> thrown;  // may hold a caller's objects: kept past the lock
+        for (auto most = tasks_.max_size(); executor_ && !tasks_.empty() && most > 0; --most) {
+            const auto waiting = tasks_.size();
             try {
                 Call(*this, lock).make();
             } catch (...) {
-                if (!thrown) thrown = std::current_exception();
+                // What was added meanwhile waits: an executor may have tried again.
+                if (thrown.empty()) most = waiting;
+                thrown.push_back(std::current_exception());
             }
         }
         lock.unlock();
-        if (thrown) std::rethrow_exception(thrown);
+        if (!thrown.empty()) std::rethrow_exception(thrown.front());
     }
 
     bool isCalledElsewhere(const RKTMainQueue::Executor* executor) const {

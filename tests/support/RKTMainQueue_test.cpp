@@ -368,6 +368,21 @@ TEST_F(MainQueue, AnExecutorThatThrowsReceivesTheNextTasksAllTheSame) {
     EXPECT_EQ(calls, 4);
 }
 
+TEST_F(MainQueue, AnExecutorThatThrowsMayAddItsTaskAgain) {
+    int calls = 0;
+    RKTMainQueue::setExecutor([&](RKTMainQueue::Task task) {
+        ++calls;
+        RKTMainQueue::async(std::move(task));
+        throw std::runtime_error("there is no loop yet");
+    });
+    for (int i = 1; i <= 3; ++i) {
+        EXPECT_THROW(RKTMainQueue::async([] {}), std::runtime_error);
+        EXPECT_EQ(calls, i * (i + 1) / 2);  // each time those that wait, and the new one
+    }
+    RKTMainQueue::setExecutor({});
+    EXPECT_EQ(RKTMainQueue::drain(), 3U);
+}
+
 TEST_F(MainQueue, ATaskThatComesWhileOthersAreHandedOverComesAfterThem) {
     std::vector<int> order;
     for (int i = 0; i < 3; ++i) RKTMainQueue::async([&, i] { order.push_back(i); });
