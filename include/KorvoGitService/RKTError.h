@@ -57,7 +57,7 @@ public:
     enum URLCode : std::int64_t {
         NSURLErrorUnknown = -1,                     ///< such as no memory; see RKTUnderlyingCodeKey
         NSURLErrorCancelled = -999,                 ///< by the caller, or with its session
-        NSURLErrorBadURL = -1000,                   ///< no host, or headers that cannot be sent
+        NSURLErrorBadURL = -1000,                   ///< no host, or what cannot be sent
         NSURLErrorTimedOut = -1001,                 ///< see RKTNetworkSettings
         NSURLErrorUnsupportedURL = -1002,           ///< none, or not of http or https
         NSURLErrorCannotFindHost = -1003,           ///< the proxy's name too

@@ -83,6 +83,7 @@ void HTTP2Front::spawn(std::uint16_t httpPort) {
     log_ = pipe[0];
     std::vector<std::string> arguments{
         "nghttpx",
+        "--max-request-header-fields=2000",
         "--conf=/dev/null",
         "--single-process",
         "--log-level=NOTICE",

@@ -40,18 +40,40 @@ TEST_F(HTTP2, FindsHeadersThatCameInLowerCase) {
     })) << "the answer did not come over HTTP/2";
 }
 
-// In HTTP/2 the limit of libraries is lower than in HTTP/1.1.
-TEST_F(HTTP2, TheLongestRequestCanBeSentAndALongerOneIsRefused) {
-    origin.server.script({.path = "/x"}, emulator::textAnswer(200, "read"));
-    auto request = requestTo("https://api.github.com/x");
-    const auto setToken = [&](std::size_t length) {
-        request.setValue(std::string(length, 't'), "X-Token");
+// In HTTP/2 the limit of the libraries underneath is lower than in HTTP/1.1. Cookies come on top.
+TEST_F(HTTP2, TheLongestRequestsCanBeSentAndLongerOnesAreRefused) {
+    constexpr std::size_t each = 32;  // counts for a field besides its bytes
+    auto answer = emulator::textAnswer(200, "read");
+    for (const char* name : {"a", "b", "c"})
+        answer.headers.add("Set-Cookie", name + ("=" + std::string(2700, 'c')));
+    origin.server.script({.path = "/x"}, answer);
+    const auto session = origin.session();
+    const auto load = [&](const RKTURLRequest& request) {
+        const auto loaded = std::make_shared<Awaited<Loaded>>();
+        Origin::task(*session, request, loaded)->resume();
+        return loaded->first();
     };
-    const auto fixed = request.URL()->absoluteString().size() + std::string("X-Token").size();
-    setToken(rkt::maximumRequestHeadBytes - fixed);
-    EXPECT_EQ(origin.load(request).data, "read");
-    setToken(rkt::maximumRequestHeadBytes - fixed + 1);
-    EXPECT_EQ(origin.load(request).code(), RKTError::NSURLErrorBadURL);
+    const auto plain = requestTo("https://api.github.com/x");
+    const auto left = rkt::maximumRequestHeadBytes - plain.URL()->absoluteString().size();
+
+    auto withOne = plain;
+    auto withMany = plain;
+    const auto setToken = [&](std::size_t length) {
+        withOne.setValue(std::string(length, 't'), "X-Token");
+    };
+    const auto length = left - each - std::string("X-Token").size();
+    setToken(length);
+    for (std::size_t i = 0; i < left / (each + 6); ++i)
+        withMany.setValue("v", "X" + std::to_string(10'000 + i).substr(1));
+    for (const auto& request : {plain, withOne, plain, withMany, plain}) {
+        EXPECT_EQ(load(request).data, "read");
+    }
+    setToken(length + 1);
+    EXPECT_EQ(load(withOne).code(), RKTError::NSURLErrorBadURL);
+    std::set<std::optional<std::string>> connections;
+    for (const auto& request : origin.server.requests())
+        connections.insert(request.headers.get("Forwarded"));
+    EXPECT_EQ(connections.size(), 1U);
 }
 
 TEST_F(HTTP2, ManyRequestsOfManySessionsShareOneConnection) {
