@@ -43,8 +43,9 @@ struct RKT_EXPORT RKTNetworkSettings {
     /// Empty: every name is looked up.
     std::vector<HostMapping> hostMappings;
 
-    /// The longest time without a byte, sent or received, while connecting and waiting too, for one
-    /// of maximumConnectionsPerOrigin among others; every byte restarts it.
+    /// The longest time without a byte, while connecting and waiting too, for one of
+    /// maximumConnectionsPerOrigin among others; every byte restarts it, one that is sent up to an
+    /// eighth of it late.
     /// Of a host's several addresses one that is silent gets half of it before the next is tried.
     /// 60 s is the field's habit: longer than a slow page takes, short enough for a person to wait.
     /// Both times count as a millisecond at least and ten years at most.

@@ -76,7 +76,7 @@ bool AnswerReader::read(std::string_view line) {
         case Place::Headers:
             if (line.empty()) {
                 place_ = status_ / 100 == 1 ? Place::StatusLine : Place::AfterHeaders;
-                if (!isLengthClear()) return refuse(Refusal::NoLength);
+                if (!isLengthClear()) return refuse(Refusal::UnclearLength);
             } else {
                 readField(line);
             }

@@ -24,7 +24,7 @@ class AnswerReader {
 public:
     explicit AnswerReader(std::size_t maximumBodySize) : maximumBodySize_(maximumBodySize) {}
 
-    enum class Refusal { None, NoStatusLine, HeadersTooLong, NoLength, BodyTooLong, NoMemory };
+    enum class Refusal { None, NoStatusLine, HeadersTooLong, UnclearLength, BodyTooLong, NoMemory };
 
     bool takeHeaderLine(std::string_view line) noexcept;
     /// @param expected  the length of the whole body as announced; not positive when it was not

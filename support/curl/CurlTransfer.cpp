@@ -273,9 +273,9 @@ std::optional<ExchangeResult::Failure> CurlTransfer::failure(CURLcode code) cons
             return because(RKTError::NSURLErrorBadServerResponse, "the status line is none");
         case AnswerReader::Refusal::HeadersTooLong:
             return because(RKTError::NSURLErrorBadServerResponse, "the headers are too long");
-        case AnswerReader::Refusal::NoLength:
+        case AnswerReader::Refusal::UnclearLength:
             return because(RKTError::NSURLErrorBadServerResponse,
-                           "the length is no number, or several");
+                           "the length is no number, or there are several");
         case AnswerReader::Refusal::BodyTooLong:
             return because(RKTError::NSURLErrorDataLengthExceedsMaximum, "the body is too long");
         case AnswerReader::Refusal::NoMemory:
