@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/post.hpp>
-#include <boost/asio/thread_pool.hpp>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -29,19 +30,20 @@ constexpr int mostThreads = 64;
 // less than a hundredth of it.
 constexpr std::chrono::milliseconds patience(50);
 
+// A thread beyond the usual ones that had nothing to do for so long ends: what it keeps, such as a
+// decompressor, is given back.
+constexpr std::chrono::seconds idleTime(2);
+
 /// Never destroyed: at exit its threads may be inside a caller's code, which nobody can wait for.
 class Pool {
 public:
     static Pool& shared() {
-        static auto& instance = []() -> Pool& {
-            const SignalsBlocked blocked;  // signals are the application's
-            return *new Pool;
-        }();
+        static auto& instance = *new Pool;
         return instance;
     }
 
     void run(std::function<void()> work) {
-        boost::asio::post(threads_, [this, work = std::move(work)]() mutable {
+        boost::asio::post(queue_, [this, work = std::move(work)]() mutable {
             ++begun_;
             std::exchange(work, nullptr)();
             --unfinished_;
@@ -51,7 +53,20 @@ public:
     }
 
 private:
-    Pool() = default;
+    Pool() {
+        while (count_ < usualThreads() && start([this] { queue_.run(); })) ++count_;
+    }
+
+    // Where there is no room for a thread, the next work that comes tries again.
+    static bool start(std::function<void()> body) {
+        const SignalsBlocked blocked;  // signals are the application's
+        try {
+            std::thread(std::move(body)).detach();
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
+    }
 
     bool someMayWait() const { return unfinished_ > count_; }
 
@@ -60,43 +75,41 @@ private:
         if (hasReserve_) {
             wanted_.notify_one();
         } else if (count_ < mostThreads) {
-            startReserve();
+            hasReserve_ = start([this] { beReserve(); });
         }
     }
 
-    // Where there is no room for a thread, the next work that comes tries again.
-    void startReserve() {
-        const SignalsBlocked blocked;
-        try {
-            std::thread([this] { standBy(); }).detach();
-            hasReserve_ = true;
-        } catch (const std::exception&) {
-            hasReserve_ = false;
+    // One thread stands by until the others are kept, and becomes one of them for a while.
+    void beReserve() {
+        if (!othersAreKept()) return;
+        if (someMayWait()) haveReserve();
+        while (queue_.run_one_for(idleTime) != 0) {
         }
+        --count_;
+        if (someMayWait()) haveReserve();
     }
 
-    // One thread stands by until the others are kept, and becomes one of them.
-    void standBy() {
+    bool othersAreKept() {
         std::unique_lock lock(mutex_);
-        for (bool areKept = false; !areKept;) {
-            wanted_.wait(lock, [this] { return someMayWait(); });
+        bool areKept = false;
+        while (!areKept && wanted_.wait_for(lock, idleTime, [this] { return someMayWait(); })) {
             const auto begun = begun_.load();
             lock.unlock();
             std::this_thread::sleep_for(patience);
             lock.lock();
             areKept = someMayWait() && begun_ == begun;
         }
-        ++count_;
+        if (areKept) ++count_;
         hasReserve_ = false;
-        if (someMayWait() && count_ < mostThreads) startReserve();
-        lock.unlock();
-        threads_.attach();
+        return areKept;
     }
 
-    std::atomic<int> count_ = usualThreads();
+    boost::asio::io_context queue_;
+    boost::asio::executor_work_guard<boost::asio::io_context::executor_type> isOpen_ =
+        boost::asio::make_work_guard(queue_);
+    std::atomic<int> count_ = 0;
     std::atomic<int> unfinished_ = 0;
     std::atomic<std::uint64_t> begun_ = 0;
-    boost::asio::thread_pool threads_{static_cast<std::size_t>(count_.load())};
 
     std::mutex mutex_;
     std::condition_variable wanted_;

@@ -46,7 +46,8 @@ bool isIdle(const soak::Books& books) {
 
 /// The library keeps connections, and looks at most once a second, when it needs another one, which
 /// of them the other side has closed. So: close them, let that second go by, and use each kind of
-/// service once, one after the other. What is open then is what an idle process has.
+/// service once, one after the other. What is open then is what an idle process has, once the
+/// threads have ended that came while handlers kept the usual ones, after two idle seconds.
 soak::Resources settled(const soak::EmulatorProcess& emulator) {
     emulator.calm();
     runMainQueue(1100ms, [] { return false; });
@@ -57,6 +58,7 @@ soak::Resources settled(const soak::EmulatorProcess& emulator) {
     load.useEachOnce([&] { runMainQueue(30s, [&] { return isIdle(books); }); });
     load.endServices();
     runMainQueue(30s, [&] { return load.livingServices() == 0; });
+    runMainQueue(2500ms, [] { return false; });
     return soak::Resources::now();
 }
 

@@ -1,9 +1,15 @@
 #include <KorvoGitService/RKTOperationQueue.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
 #include <latch>
 #include <memory>
+#include <set>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -106,6 +112,31 @@ TEST(OperationQueue, ManyOperationsMayWaitForOneAnother) {
         });
     }
     EXPECT_THAT(met.wait(many), testing::Each(true));
+}
+
+bool isAlive(pid_t thread) {
+    return std::filesystem::exists("/proc/self/task/" + std::to_string(thread));
+}
+
+TEST(OperationQueue, ThreadsThatCameForKeptOnesEndWhenTheyAreIdle) {
+    constexpr std::size_t many = 12;
+    constexpr std::ptrdiff_t usual = 4;
+    std::vector<RKTOperationQueue> queues(many);
+    Awaited<pid_t> threads;
+    for (auto& queue : queues) {
+        queue.addOperation([&] {
+            threads.put(gettid());
+            threads.comes(many);
+        });
+    }
+    const auto began = threads.wait(many);
+    for (auto& queue : queues) drain(queue);
+    EXPECT_THAT(std::set(began.begin(), began.end()), testing::SizeIs(many));
+    const auto living = [&] { return std::ranges::count_if(began, isAlive); };
+    for (int look = 0; look < 3000 && living() > usual; ++look) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_LE(living(), usual);
 }
 
 TEST(OperationQueue, MayBeDestroyedInAnOperation) {
