@@ -210,25 +210,31 @@ def cancelling(programs):
 def latency(programs):
     say("Latency")
     round_trip = 0.05
-    with relay.running(programs.origin.port, round_trip) as port:
+    with (
+        relay.running(programs.origin.port, round_trip) as port,
+        relay.echoing() as near,
+        relay.running(near, round_trip) as echo,
+    ):
         far = {"origin": f"127.0.0.1:{port}"}
         other = {"warm_service": "GitLab", "gitlab_origin": f"127.0.0.1:{programs.origin.ports[1]}"}
         results = interleaved(
             {
                 "library": lambda: programs.pages("bench-Pages", 30, 30, warm=30, **other, **far),
                 "floor": lambda: programs.pages("floor-Pages", 30, 30, warm=0, **far),
+                "bytes": lambda: {"seconds": relay.round_trip_through(echo)},
             },
             programs.rounds,
         )
     ours = column(results["library"], "wall_us", 1000)
     floor = column(results["floor"], "wall_us", 1000).median
+    trips = Spread(2000 * seconds for seconds in column(results["bytes"], "seconds").samples)
     return [
         compare(
             "30 pages at 50 ms latency, at once, a new connection in a process that listed elsewhere",
             "ms",
             ours,
-            "two round trips",
-            Spread([2 * round_trip * 1000] * programs.rounds),
+            "two round trips of a byte",
+            trips,
             1.3,
             note=f"the floor of the whole path takes {floor:.0f} ms",
         )

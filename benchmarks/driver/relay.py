@@ -2,7 +2,10 @@
 
 import asyncio
 import contextlib
+import socket
+import statistics
 import threading
+import time
 
 
 async def _carry(reader, writer, delay):
@@ -54,3 +57,41 @@ def running(target, round_trip):
     finally:
         loop.call_soon_threadsafe(ended.set)
         thread.join()
+
+
+@contextlib.contextmanager
+def echoing():
+    """The port of a server that sends back what comes, to one client after another."""
+    with socket.create_server(("127.0.0.1", 0)) as listener:
+
+        def serve():
+            with contextlib.suppress(OSError):
+                while True:
+                    client, _ = listener.accept()
+                    with client:
+                        client.settimeout(30)
+                        while piece := client.recv(64):
+                            client.sendall(piece)
+
+        thread = threading.Thread(target=serve)
+        thread.start()
+        try:
+            yield listener.getsockname()[1]
+        finally:
+            listener.shutdown(socket.SHUT_RDWR)
+            thread.join()
+
+
+def round_trip_through(port):
+    """The seconds that a byte takes to an echoing server behind the relay at `port` and back:
+    what the relay was asked for, and what its event loop and the kernel add."""
+    with socket.create_connection(("127.0.0.1", port)) as connection:
+        times = []
+        for _ in range(5):
+            sent = time.perf_counter()
+            connection.sendall(b".")
+            connection.recv(1)
+            times.append(time.perf_counter() - sent)
+        connection.shutdown(socket.SHUT_WR)
+        connection.recv(1)  # the other end's closing, so that nobody waits for this client
+    return statistics.median(times)
