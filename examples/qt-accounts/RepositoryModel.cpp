@@ -12,6 +12,8 @@ void RepositoryModel::list(const std::shared_ptr<RKTServiceCredentials>& account
     identifiers_.clear();
     endResetModel();
     pages_ = 0;
+    received_ = 0;
+    repetitions_ = 0;
     serviceType_ = account->serviceType().value_or("");
     service_ = RKTService::serviceWithCredentials(account);
     askForPage();
@@ -21,13 +23,16 @@ void RepositoryModel::stop() {
     if (const auto service = std::exchange(service_, nullptr)) service->invalidateAndCancel();
 }
 
+// Bitbucket Server takes (page - 1) / countPerPage for the number of repositories to skip.
+bool RepositoryModel::skipsRepositories() const {
+    return serviceType_ == RKTServiceTypeBitbucketServer;
+}
+
 void RepositoryModel::askForPage() {
-    const bool startsAtRepositories = serviceType_ == RKTServiceTypeBitbucketServer;
-    const std::int64_t count = startsAtRepositories ? 1000 : 100;  // the longest pages there are
+    const std::int64_t count = skipsRepositories() ? 1000 : 100;  // the longest pages there are
     const auto request = std::make_shared<RKTRepositoriesRequest>();
     request->setCountPerPage(count);
-    // Bitbucket Server skips (page - 1) / countPerPage repositories, see docs/services.md.
-    request->setPage(startsAtRepositories ? rowCount() * count + 1 : pages_ + 1);
+    request->setPage(skipsRepositories() ? received_ * count + 1 : pages_ + 1);
     using Result = std::shared_ptr<RKTServiceArrayResult>;
     task_ = service_->fetchRepositoriesWithRequest(
         request, inMainThread<Result>(this, [this, service = service_](const Result& result) {
@@ -37,26 +42,36 @@ void RepositoryModel::askForPage() {
 
 void RepositoryModel::take(const RKTServiceArrayResult& result) {
     if (!result.error()) {
-        const auto page = newOnes(result.results().value_or(RKTServiceArrayResult::Results()));
-        const auto links = result.linkRelations();
+        const auto all = result.results().value_or(RKTServiceArrayResult::Results());
+        const auto page = newOnes(all);
+        received_ += qint64(all.size());
+        repetitions_ = page.empty() ? repetitions_ + 1 : 0;
         append(page);
         emit pageArrived(++pages_);
-        // Where no link tells of a next page, an empty one is the last; and a service that gives
-        // the same page again and again would never end.
-        const bool isToldByLinks = serviceType_ != RKTServiceTypeBitbucket &&
-                                   serviceType_ != RKTServiceTypeBitbucketServer;
-        const bool isLinked = links && links->contains(RKTServiceLinkRelationNext);
-        if (!page.empty() && (isLinked || !isToldByLinks)) return askForPage();
+        // A service that gives the same page again and again would never end. But Bitbucket Server
+        // counts repositories that the account may not see, too, and repeats what follows them.
+        const int mostRepetitions = skipsRepositories() ? 20 : 0;
+        const bool isOver = all.empty() || repetitions_ > mostRepetitions || isLastPage(result);
+        if (!isOver) return askForPage();
     }
     stop();
     emit ended(result.error());
 }
 
+// Services that page by links say whether there is a next page. Without such links an empty page is
+// the end; the links of a gateway say nothing about pages.
+bool RepositoryModel::isLastPage(const RKTServiceArrayResult& result) {
+    const auto links = result.linkRelations();
+    const auto has = [&](const char* name) { return links && links->contains(name); };
+    return !has(RKTServiceLinkRelationNext) &&
+           (has(RKTServiceLinkRelationFirst) || has(RKTServiceLinkRelationPrevious));
+}
+
 RKTServiceArrayResult::Results RepositoryModel::newOnes(
     RKTServiceArrayResult::Results repositories) {
     std::erase_if(repositories, [this](const auto& repository) {
-        const auto identifier = repository->identifier();
-        return identifier && !identifiers_.insert(*identifier).second;
+        const RKTServiceIdentifier name(repository->fullName().value_or(""));
+        return !identifiers_.insert(repository->identifier().value_or(name)).second;
     });
     return repositories;
 }

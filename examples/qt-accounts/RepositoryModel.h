@@ -33,8 +33,10 @@ signals:
     void ended(const std::optional<RKTError>& error);
 
 private:
+    bool skipsRepositories() const;
     void askForPage();
     void take(const RKTServiceArrayResult& result);
+    static bool isLastPage(const RKTServiceArrayResult& result);
     /// What of them the model does not have yet. A page may repeat what came before, when the list
     /// grows meanwhile.
     RKTServiceArrayResult::Results newOnes(RKTServiceArrayResult::Results repositories);
@@ -45,6 +47,8 @@ private:
     std::unordered_set<RKTServiceIdentifier> identifiers_;  // of these
     std::string serviceType_;
     int pages_ = 0;
+    qint64 received_ = 0;
+    int repetitions_ = 0;  // pages in a row without anything new
     std::shared_ptr<RKTService> service_;  // while listing
     std::shared_ptr<RKTURLSessionDataTask> task_;
 };

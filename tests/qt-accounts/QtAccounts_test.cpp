@@ -223,6 +223,35 @@ TEST_F(QtAccounts, EndsWhereAServiceGivesTheSamePageAgain) {
     EXPECT_EQ(rows(), 101);
 }
 
+// Those that the account may not see count among those to skip, so what follows them comes again.
+TEST_F(QtAccounts, ListsAllOfABitbucketServerThatHidesSome) {
+    server().script({.path = "/rest/api/1.0/repos"}, [](const emulator::Request& request) {
+        const int start = std::stoi(request.queryValue("start").value_or("0"));
+        std::string values;
+        for (int id = start, count = 0; id < 60 && count < 10; ++id) {
+            if (id >= 5 && id < 45) continue;
+            values += (count++ ? ", " : "") + (R"({"id": )" + std::to_string(id)) + "}";
+        }
+        return emulator::jsonAnswer(200, R"({"values": [)" + values + "]}");
+    });
+    fillIn("Bitbucket Server", "octavia", "demo-token-octavia");
+    pressOK();
+    ASSERT_TRUE(waitForAccounts());
+    EXPECT_TRUE(waitForStatus("20 repositories"));
+    EXPECT_EQ(rows(), 20);
+}
+
+TEST_F(QtAccounts, ListsOnWhereLinksTellNothingOfPages) {
+    auto first = emulator::jsonAnswer(200, R"([{"id": 1}, {"id": 2}])");
+    first.headers.add("Link", "<https://cdn.example/>; rel=preconnect");
+    server().script(page("1"), first);
+    server().script(page("2"), emulator::jsonAnswer(200, R"([{"id": 3}])"));
+    server().script(page("3"), emulator::jsonAnswer(200, "[]"));
+    add();
+    EXPECT_TRUE(waitForStatus("3 repositories"));
+    EXPECT_EQ(rows(), 3);
+}
+
 TEST_F(QtAccounts, ShowsTheAccountThatWasChosenLast) {
     add("marlow");
     ASSERT_TRUE(waitForStatus("3 repositories"));
