@@ -43,7 +43,8 @@ std::optional<RKTURL> URLFromSCPForm(std::string_view text) {
     const std::string_view host = hostAndPath.substr(0, colon);
     const std::string_view path = hostAndPath.substr(colon + 1);
     const auto address = bracketedAddress(host);
-    if (user.empty() || path.empty() || !(address || isHostName(host))) return std::nullopt;
+    if (user.empty() || user.starts_with('[') || path.empty() || !(address || isHostName(host)))
+        return std::nullopt;
     constexpr std::string_view scheme = "ssh://";
     std::string url;
     url.reserve(scheme.size() + text.size());  // unless something must be encoded

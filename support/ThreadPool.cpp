@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -17,6 +18,8 @@
 
 namespace rkt {
 namespace {
+
+using Clock = std::chrono::steady_clock;
 
 // Handlers parse and map, which is a processor's work: more threads than processors gain nothing,
 // and more than four would be much to ask of an application that lists repositories now and then.
@@ -30,8 +33,8 @@ constexpr int mostThreads = 64;
 // less than a hundredth of it.
 constexpr std::chrono::milliseconds patience(50);
 
-// A thread beyond the usual ones that had nothing to do for so long ends: what it keeps, such as a
-// decompressor, is given back.
+// When not all threads had work at once for so long, those beyond the usual ones end: what each
+// keeps, such as a decompressor, is given back.
 constexpr std::chrono::seconds idleTime(2);
 
 /// Never destroyed: at exit its threads may be inside a caller's code, which nobody can wait for.
@@ -43,21 +46,31 @@ public:
     }
 
     void run(std::function<void()> work) {
+        if (count_ < usual_) haveUsualThreads();
         boost::asio::post(queue_, [this, work = std::move(work)]() mutable {
             ++begun_;
             std::exchange(work, nullptr)();
+            noteNeed();
             --unfinished_;
         });
         ++unfinished_;
+        noteNeed();
         if (someMayWait()) haveReserve();
     }
 
 private:
-    Pool() {
-        while (count_ < usualThreads() && start([this] { queue_.run(); })) ++count_;
+    Pool() = default;
+
+    // One is enough to go on with; the next work tries to have the others.
+    void haveUsualThreads() {
+        const std::lock_guard lock(mutex_);
+        while (count_ < usual_ && start([this] { queue_.run(); })) ++count_;
+        if (count_ == 0) {
+            throw std::system_error(std::make_error_code(std::errc::not_enough_memory));
+        }
     }
 
-    // Where there is no room for a thread, the next work that comes tries again.
+    // False where there is no room for a thread.
     static bool start(std::function<void()> body) {
         const SignalsBlocked blocked;  // signals are the application's
         try {
@@ -69,6 +82,10 @@ private:
     }
 
     bool someMayWait() const { return unfinished_ > count_; }
+
+    void noteNeed() {
+        if (unfinished_ >= count_) lastFull_ = Clock::now().time_since_epoch();
+    }
 
     void haveReserve() {
         const std::lock_guard lock(mutex_);
@@ -83,10 +100,19 @@ private:
     void beReserve() {
         if (!othersAreKept()) return;
         if (someMayWait()) haveReserve();
-        while (queue_.run_one_for(idleTime) != 0) {
-        }
-        --count_;
+        do {
+            queue_.run_one_for(idleTime);
+        } while (!leaves());
         if (someMayWait()) haveReserve();
+    }
+
+    // The usual number stays, even when some of these came as reserves.
+    bool leaves() {
+        const std::lock_guard lock(mutex_);
+        const bool isNeeded = Clock::now().time_since_epoch() - lastFull_.load() < idleTime;
+        if (isNeeded || count_ <= usual_) return false;
+        --count_;
+        return true;
     }
 
     bool othersAreKept() {
@@ -107,9 +133,11 @@ private:
     boost::asio::io_context queue_;
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> isOpen_ =
         boost::asio::make_work_guard(queue_);
+    const int usual_ = usualThreads();
     std::atomic<int> count_ = 0;
     std::atomic<int> unfinished_ = 0;
     std::atomic<std::uint64_t> begun_ = 0;
+    std::atomic<Clock::duration> lastFull_{};
 
     std::mutex mutex_;
     std::condition_variable wanted_;

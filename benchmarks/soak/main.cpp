@@ -47,7 +47,7 @@ bool isIdle(const soak::Books& books) {
 /// The library keeps connections, and looks at most once a second, when it needs another one, which
 /// of them the other side has closed. So: close them, let that second go by, and use each kind of
 /// service once, one after the other. What is open then is what an idle process has, once the
-/// threads have ended that came while handlers kept the usual ones, after two idle seconds.
+/// threads have ended that came while handlers kept the usual ones, after two seconds.
 soak::Resources settled(const soak::EmulatorProcess& emulator) {
     emulator.calm();
     runMainQueue(1100ms, [] { return false; });

@@ -35,13 +35,13 @@ public:
 private:
     void receive(std::uint64_t page, const RKTServiceArrayResult& result) {
         if (result.error()) return onEnd_(result.error());
-        const Results all = result.results().value_or(Results());
-        const Results fresh = withoutRepeated(all);
-        received_ += all.size();
-        repetitions_ = fresh.empty() ? repetitions_ + 1 : 0;
+        if (!result.results()) return onEnd_(noList());
+        const Results fresh = withoutRepeated(*result.results());
+        received_ += result.results()->size();
+        barrenPages_ = fresh.empty() ? barrenPages_ + 1 : 0;
         if (!fresh.empty()) onPage_(fresh);
-        const bool isLast = all.empty() || repetitions_ > mostRepetitions() || isLastPage(result);
-        return isLast ? onEnd_(std::nullopt) : fetch(pageAfter(page));
+        const bool isOver = isLastPage(result) || barrenPages_ > mostBarrenPages;
+        return isOver ? onEnd_(std::nullopt) : fetch(pageAfter(page));
     }
 
     /// Bitbucket Server takes (page - 1) / countPerPage for the number of repositories to skip.
@@ -51,8 +51,9 @@ private:
     std::uint64_t pageAfter(std::uint64_t page) const {
         return skipsRepositories() ? received_ * countPerPage_ + 1 : page + 1;
     }
-    /// It counts those that the account may not see, too, and repeats what follows them.
-    int mostRepetitions() const { return skipsRepositories() ? 20 : 0; }
+    /// It counts those that the account may not see, too, and repeats what follows them. A service
+    /// with links may leave them out of its pages. One that goes on for ever is left alone.
+    static constexpr int mostBarrenPages = 20;
 
     /// Services that page by links say whether there is a next page. The others, and those whose
     /// list fits one page, send no links: an empty page tells the end, but not a short one, since a
@@ -60,8 +61,14 @@ private:
     static bool isLastPage(const RKTServiceArrayResult& result) {
         const auto links = result.linkRelations();
         const auto has = [&](const char* name) { return links && links->contains(name); };
-        return !has(RKTServiceLinkRelationNext) &&
-               (has(RKTServiceLinkRelationFirst) || has(RKTServiceLinkRelationPrevious));
+        if (has(RKTServiceLinkRelationNext)) return false;
+        return result.results()->empty() || has(RKTServiceLinkRelationFirst) ||
+               has(RKTServiceLinkRelationPrevious);
+    }
+
+    /// The library takes any JSON; a list that ends so is not complete.
+    static RKTError noList() {
+        return {RKTError::NSURLErrorDomain, RKTError::NSURLErrorBadServerResponse};
     }
 
     /// A page may repeat what came before, when the list grows meanwhile.
@@ -79,7 +86,7 @@ private:
     const std::function<void(std::optional<RKTError> error)> onEnd_;
     std::unordered_set<RKTServiceIdentifier> seen_;
     std::uint64_t received_ = 0;
-    int repetitions_ = 0;
+    int barrenPages_ = 0;  // without anything new, one after another
 };
 
 /// Lists octavia's repositories and waits for it; a graphical application would not wait.

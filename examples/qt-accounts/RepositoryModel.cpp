@@ -13,7 +13,7 @@ void RepositoryModel::list(const std::shared_ptr<RKTServiceCredentials>& account
     endResetModel();
     pages_ = 0;
     received_ = 0;
-    repetitions_ = 0;
+    barrenPages_ = 0;
     serviceType_ = account->serviceType().value_or("");
     service_ = RKTService::serviceWithCredentials(account);
     askForPage();
@@ -41,21 +41,23 @@ void RepositoryModel::askForPage() {
 }
 
 void RepositoryModel::take(const RKTServiceArrayResult& result) {
-    if (!result.error()) {
-        const auto all = result.results().value_or(RKTServiceArrayResult::Results());
-        const auto page = newOnes(all);
-        received_ += qint64(all.size());
-        repetitions_ = page.empty() ? repetitions_ + 1 : 0;
+    auto error = result.error();
+    if (!error && !result.results()) {  // the library takes any JSON
+        error.emplace(RKTError::NSURLErrorDomain, RKTError::NSURLErrorBadServerResponse);
+    }
+    if (!error) {
+        const auto page = newOnes(*result.results());
+        received_ += qint64(result.results()->size());
+        barrenPages_ = page.empty() ? barrenPages_ + 1 : 0;
         append(page);
         emit pageArrived(++pages_);
         // A service that gives the same page again and again would never end. But Bitbucket Server
         // counts repositories that the account may not see, too, and repeats what follows them.
-        const int mostRepetitions = skipsRepositories() ? 20 : 0;
-        const bool isOver = all.empty() || repetitions_ > mostRepetitions || isLastPage(result);
+        const bool isOver = isLastPage(result) || barrenPages_ > 20;
         if (!isOver) return askForPage();
     }
     stop();
-    emit ended(result.error());
+    emit ended(error);
 }
 
 // Services that page by links say whether there is a next page. Without such links an empty page is
@@ -63,8 +65,9 @@ void RepositoryModel::take(const RKTServiceArrayResult& result) {
 bool RepositoryModel::isLastPage(const RKTServiceArrayResult& result) {
     const auto links = result.linkRelations();
     const auto has = [&](const char* name) { return links && links->contains(name); };
-    return !has(RKTServiceLinkRelationNext) &&
-           (has(RKTServiceLinkRelationFirst) || has(RKTServiceLinkRelationPrevious));
+    if (has(RKTServiceLinkRelationNext)) return false;
+    return result.results()->empty() || has(RKTServiceLinkRelationFirst) ||
+           has(RKTServiceLinkRelationPrevious);
 }
 
 RKTServiceArrayResult::Results RepositoryModel::newOnes(

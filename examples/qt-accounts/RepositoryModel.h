@@ -48,7 +48,7 @@ private:
     std::string serviceType_;
     int pages_ = 0;
     qint64 received_ = 0;
-    int repetitions_ = 0;  // pages in a row without anything new
+    int barrenPages_ = 0;                  // without anything new, one after another
     std::shared_ptr<RKTService> service_;  // while listing
     std::shared_ptr<RKTURLSessionDataTask> task_;
 };

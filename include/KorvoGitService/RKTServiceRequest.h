@@ -169,7 +169,7 @@ public:
     void setPage(std::optional<RKTNumber> value) { set(page_, value); }
 
     /// As far as the service tells: 0 when it does not, which includes the last page of GitHub and
-    /// GitLab.
+    /// GitLab. Nil for Bitbucket Server, whose pages have no number.
     std::optional<RKTNumber> totalNumberOfPages() const { return get(totalNumberOfPages_); }
     void setTotalNumberOfPages(std::optional<RKTNumber> value) { set(totalNumberOfPages_, value); }
 

@@ -78,7 +78,9 @@ public:
     RKTURLSessionDataTask(const RKTURLSessionDataTask&) = delete;
     RKTURLSessionDataTask& operator=(const RKTURLSessionDataTask&) = delete;
 
-    /// Starts a suspended task; otherwise does nothing.
+    /// Starts a suspended task; otherwise does nothing. Where there is no memory, or no thread to
+    /// be had for the first request of all, it throws a std::exception; the task then ends without
+    /// its handler.
     void resume();
     /// Ends a task, a suspended one too, with NSURLErrorCancelled.
     void cancel();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace rkt {
 namespace {
@@ -71,6 +72,9 @@ void Admission::leave(Token token) {
 }
 
 std::vector<Loader::Token> Admission::admit(std::size_t maximumConnections) {
+    if (std::exchange(maximumConnections_, maximumConnections) != maximumConnections) {
+        for (auto& named : peers_) changed_.insert(&named);
+    }
     std::vector<Token> admitted;
     for (auto* const named : std::exchange(changed_, {})) {
         auto& peer = named->second;

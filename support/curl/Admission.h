@@ -64,7 +64,8 @@ private:
 
     Peers peers_;
     std::unordered_map<Token, Transfer> transfers_;
-    std::set<Peers::pointer> changed_;  // where some may have got their turn
+    std::size_t maximumConnections_ = 0;  // of the last time
+    std::set<Peers::pointer> changed_;    // where some may have got their turn
 };
 
 }  // namespace rkt

@@ -40,20 +40,23 @@ const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
 }
 
 // libcurl counts connections by the host that they are led to and the URL's port, and all that go
-// to a proxy without a tunnel as the proxy's. It counts together what goes other ways there, and
-// lets wait what would be too many; but whoever takes another way must not wait for the first
+// to an HTTP proxy without a tunnel as the proxy's. It counts together what goes other ways there,
+// and lets wait what would be too many; but whoever takes another way must not wait for the first
 // connection of this one.
 std::string peerOf(const Exchange& exchange, const std::optional<std::string>& authorityFile) {
     const auto& target = exchange.target;
     const auto& settings = *exchange.settings;
     const auto* mapping = mappingFor(target, settings);
+    const auto proxy = asciiLowered(settings.proxy.value_or(""));
+    const bool isOfProxy =
+        !proxy.empty() && !proxy.starts_with("socks") && !mapping && target.scheme != "https";
     std::string peer;
-    if (!settings.proxy || mapping || target.scheme == "https") {
+    if (!isOfProxy) {
         peer = asciiLowered(mapping && !mapping->address.empty() ? mapping->address : target.host);
         if (mapping) peer.append(":").append(std::to_string(mapping->addressPort));
         peer.append(" ").append(std::to_string(target.port));
     }
-    if (settings.proxy) peer.append(" through ").append(*settings.proxy);
+    if (!proxy.empty()) peer.append(" through ").append(*settings.proxy);
     if (authorityFile) peer.append(" by ").append(*authorityFile);
     return peer;
 }

@@ -57,6 +57,18 @@ void TaskState::resume() {
         const std::lock_guard lock(mutex_);
         if (state_ != State::Suspended) return;
         state_ = State::Running;
+    }
+    try {
+        begin();
+    } catch (...) {  // no memory, or no thread to be had
+        giveUp(State::Running);
+        throw;
+    }
+}
+
+void TaskState::begin() {
+    {
+        const std::lock_guard lock(mutex_);
         if (session_) {
             settings_ = session_->settings();
             memory_ = session_->memory();
@@ -67,7 +79,7 @@ void TaskState::resume() {
     load();
 }
 
-// Called by resume(), and on the queue for every redirect.
+// Called by begin(), and on the queue for every redirect.
 void TaskState::load() {
     auto target = requestTarget(currentRequest_.URL());
     if (const auto* problem = std::get_if<TargetProblem>(&target)) return fail(errorCode(*problem));
@@ -179,11 +191,16 @@ void TaskState::complete(Outcome outcome) {
 }
 
 void TaskState::drop() {
+    giveUp(State::Suspended);
+}
+
+// Without a call of the handler, from that state.
+void TaskState::giveUp(State state) {
     Handler handler;  // destroyed after the lock is released: it owns a caller's objects
     std::shared_ptr<SessionState> session;
     {
         const std::lock_guard lock(mutex_);
-        if (state_ != State::Suspended) return;
+        if (state_ != state) return;
         state_ = State::Completed;
         handler = std::move(handler_);
         session = std::move(session_);

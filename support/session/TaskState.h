@@ -46,6 +46,8 @@ private:
         std::optional<RKTError> error;
     };
 
+    void begin();
+    void giveUp(State state);
     void load();
     void received(ExchangeResult result);
     void follow(const std::shared_ptr<const RKTHTTPURLResponse>& redirect,

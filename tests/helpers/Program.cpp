@@ -86,10 +86,11 @@ public:
     Preparation(const Preparation&) = delete;
     Preparation& operator=(const Preparation&) = delete;
 
-    void useTerminal(const char* name) {
+    void useTerminal(const char* name, bool neverBlocks) {
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
         // The first terminal that a new session opens becomes its controlling one.
-        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, name, O_RDWR, 0);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, name,
+                                         O_RDWR | (neverBlocks ? O_NONBLOCK : 0), 0);
         posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDOUT_FILENO);
         posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDERR_FILENO);
     }
@@ -114,7 +115,7 @@ Program::Program(const Launch& launch) {
     const int input = memoryFile(launch.input);
     if (launch.terminalColumns) {
         openTerminal(*launch.terminalColumns);
-        preparation.useTerminal(ptsname(terminal_));
+        preparation.useTerminal(ptsname(terminal_), launch.terminalNeverBlocks);
     } else {
         const bool captured = launch.output == Launch::Output::Captured;
         output_ = captured ? memoryFile() : refusingOutput(launch.output);

@@ -24,6 +24,8 @@ struct Launch {
     Output output = Output::Captured;
     /// Standard input, output and error are a terminal of its own, so many columns wide.
     std::optional<unsigned short> terminalColumns{};
+    /// Writing to that terminal is refused while it is full.
+    bool terminalNeverBlocks = false;
 };
 
 struct Ended {

@@ -1,17 +1,23 @@
 // The process may end or fork at any time, and need not run its main queue.
 
+#include <KorvoGitService/RKTOperationQueue.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <latch>
+#include <memory>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "KorvoGitService/RKTJSON.h"
+#include "tests/helpers/Awaited.h"
 #include "tests/helpers/MainThread.h"
 #include "tests/helpers/TemporaryFolder.h"
 #include "tests/reliability/Faults.h"
@@ -179,6 +185,65 @@ using FirstUse = ProcessExit;
 
 TEST_F(FirstUse, WithoutDescriptorsFailsAndTheNextWorks) {
     EXPECT_EXIT(useWithoutDescriptors(), testing::ExitedWithCode(inOrder), "");
+}
+
+// Want of threads
+// ------------------------------------------------------------------------------------------------
+
+// By a stack that has no room in any address space.
+void allowThreads(bool allowed) {
+    constexpr std::size_t usual = std::size_t{8} << 20U;
+    constexpr std::size_t tooMuch = std::size_t{1} << 52U;
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, allowed ? usual : tooMuch);
+    if (pthread_setattr_default_np(&attributes) != 0) std::_Exit(notReached);
+    pthread_attr_destroy(&attributes);
+}
+
+template <typename Use>
+bool throwsForWantOfThreads(Use use) {
+    allowThreads(false);
+    bool threw = false;
+    try {
+        use();
+    } catch (const std::system_error&) {
+        threw = true;
+    }
+    allowThreads(true);
+    return threw;
+}
+
+[[noreturn]] void useWithoutThreads() {
+    const auto& scene = lasting<Scene>();
+    auto service = RKTService::serviceWithCredentials(credentialsFor(
+        "GitLabSelfHosted", scene.server.httpsURL(), "octavia", "demo-token-octavia"));
+    auto& calls = lasting<std::atomic<int>>();
+    const auto use = [&] {
+        service->validateCredentialsWithCompletionHandler([&](const auto&) { ++calls; });
+    };
+    if (!throwsForWantOfThreads(use)) std::_Exit(notReached);
+    if (validate(*service) != std::nullopt || calls != 0) std::_Exit(notReached);
+    service->invalidateAndCancel();
+    const std::weak_ptr<RKTService> alive = std::exchange(service, nullptr);
+    for (int look = 0; look < 3000 && !alive.expired(); ++look) usleep(10'000);
+    exitIf(alive.expired());
+}
+
+[[noreturn]] void addOperationsWithoutThreads() {
+    auto& queue = lasting<RKTOperationQueue>();
+    auto& calls = lasting<Awaited<int>>();
+    const auto add = [&](int call) { queue.addOperation([&, call] { calls.put(call); }); };
+    if (!throwsForWantOfThreads([&] { add(1); })) std::_Exit(notReached);
+    add(2);
+    exitIf(calls.wait() == std::vector{2});
+}
+
+TEST_F(FirstUse, WithoutThreadsThrowsAndTheNextWorks) {
+    EXPECT_EXIT(useWithoutThreads(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(FirstUse, OfAQueueWithoutThreadsThrowsAndTheNextWorks) {
+    EXPECT_EXIT(addOperationsWithoutThreads(), testing::ExitedWithCode(inOrder), "");
 }
 
 // Fork

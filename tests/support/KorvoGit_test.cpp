@@ -22,6 +22,11 @@ TEST(rkt_URLWithString, TakesANumberAfterAnSCPHostForThePath) {
     EXPECT_EQ(cloneURL("git@host:22/octo/hello.git"), "ssh://git@host/22/octo/hello.git");
 }
 
+TEST(rkt_URLWithString, TakesNoBracketsAroundAnSCPHostWithItsUser) {
+    EXPECT_EQ(cloneURL("[git@host:2222]:octo/hello.git"), "nothing");
+    EXPECT_EQ(cloneURL("[git@host]:octo/hello.git"), "nothing");
+}
+
 TEST(rkt_URLWithString, AddsNoSlashToAnAbsoluteSCPPath) {
     EXPECT_EQ(cloneURL("git@host:/srv/x.git"), "ssh://git@host/srv/x.git");
 }

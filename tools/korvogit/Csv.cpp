@@ -34,6 +34,8 @@ std::string line(std::span<const RepositoryField> fields, TextOf textOf) {
         if (&field != &fields.front()) line += ',';
         line += textOf(field);
     }
+    // Most readers take a blank line for none.
+    if (line.empty()) line = quoted(line);
     return line.append(lineEnd);
 }
 

@@ -44,4 +44,10 @@ void report(const RKTError& error, const std::string& serviceName) {
     complain(sentence(error, serviceName), {lineBelow(error), adviceFor(error)});
 }
 
+RKTError errorForUselessAnswer(const std::string& sentence) {
+    return {RKTError::NSURLErrorDomain,
+            RKTError::NSURLErrorBadServerResponse,
+            {{RKTError::NSLocalizedDescriptionKey, sentence}}};
+}
+
 }  // namespace korvogit

@@ -110,7 +110,8 @@ public:
 private:
     bool forPeople() const { return options_.format == Format::Table; }
     std::optional<RKTError> signIn();
-    std::variant<RKTURL, RKTError> waitForBrowser(LoopbackServer& server, const RKTURL& url);
+    void print(const std::optional<RKTError>& error) const;
+    std::variant<RKTURL, RKTError> waitForBrowser(const RKTURL& url);
     std::optional<RKTError> take(const RKTURL& address);
     std::string sentence(const RKTError& error) const;
     std::string advice(const RKTError& error) const;
@@ -119,6 +120,8 @@ private:
 
     const LoginOptions& options_;
     const std::string service_;
+    std::unique_ptr<LoopbackServer> server_;
+    bool cameBack_ = false;  // the browser, which waits for a page
     std::unique_ptr<SignalWatch> signals_;
     std::shared_ptr<RKTServiceCredentials> credentials_;
     int signal_ = 0;
@@ -133,6 +136,19 @@ int Login::run() {
     signals_ = std::make_unique<SignalWatch>();
     const auto error = signIn();
     signals_.reset();
+    // First, since a token that was made must not be lost when somebody ends the program while the
+    // browser takes its page.
+    print(error);
+    if (cameBack_) {
+        server_->answer(loginPage(
+            !error, service_,
+            error ? sentence(*error) : "You can go on in the window where you started korvogit."));
+    }
+    if (!error && forPeople()) return listRepositories();
+    return exitStatus(error, signal_);
+}
+
+void Login::print(const std::optional<RKTError>& error) const {
     if (!forPeople()) {
         writeOutput(jsonText(signInJSON(error, *credentials_)));
     } else if (error) {
@@ -141,21 +157,18 @@ int Login::run() {
         complain(plain, {plain == said ? "" : said, advice(*error)});
     } else {
         writeOutput("Signed in to " + service_ + ".\n\n" + accountSummary(*credentials_, service_));
-        return listRepositories();
     }
-    return exitStatus(error, signal_);
 }
 
 std::optional<RKTError> Login::signIn() {
-    std::unique_ptr<LoopbackServer> server;
     try {
-        server = std::make_unique<LoopbackServer>(static_cast<std::uint16_t>(options_.port),
-                                                  isOfASignIn);
+        server_ = std::make_unique<LoopbackServer>(static_cast<std::uint16_t>(options_.port),
+                                                   isOfASignIn);
     } catch (const std::system_error& error) {
         return failure("NSPOSIXErrorDomain", error.code().value(),
                        sentenceForPort(options_.port, error.code().message()));
     }
-    credentials_->setOAuthRedirectURL(RKTURL::URLWithString(server->origin() + callbackPath));
+    credentials_->setOAuthRedirectURL(RKTURL::URLWithString(server_->origin() + callbackPath));
     credentials_->setOAuthState(randomState());
     std::optional<RKTURL> url;
     try {
@@ -163,16 +176,13 @@ std::optional<RKTError> Login::signIn() {
     } catch (const RKTInvalidArgumentException&) {
         return errorForMissingSignIn(service_);
     }
-    auto came = waitForBrowser(*server, url.value());
+    auto came = waitForBrowser(url.value());
     if (auto* error = std::get_if<RKTError>(&came)) return std::move(*error);
-    auto error = take(std::get<RKTURL>(came));
-    server->answer(loginPage(
-        !error, service_,
-        error ? sentence(*error) : "You can go on in the window where you started korvogit."));
-    return error;
+    cameBack_ = true;
+    return take(std::get<RKTURL>(came));
 }
 
-std::variant<RKTURL, RKTError> Login::waitForBrowser(LoopbackServer& server, const RKTURL& url) {
+std::variant<RKTURL, RKTError> Login::waitForBrowser(const RKTURL& url) {
     using Clock = std::chrono::steady_clock;
     show(url);
     std::unique_ptr<Browser> browser;
@@ -193,7 +203,7 @@ std::variant<RKTURL, RKTError> Login::waitForBrowser(LoopbackServer& server, con
                                (options_.secondsToWait == 1 ? " second." : " seconds."));
         }
         std::array<pollfd, 3> descriptors = {
-            {{server.fileDescriptor(), POLLIN, 0},
+            {{server_->fileDescriptor(), POLLIN, 0},
              {signals_->fileDescriptor(), POLLIN, 0},
              {browser ? browser->fileDescriptor() : -1, POLLIN, 0}}};
         poll(descriptors.data(), descriptors.size(), static_cast<int>(left));
@@ -202,7 +212,7 @@ std::variant<RKTURL, RKTError> Login::waitForBrowser(LoopbackServer& server, con
             return failure(RKTError::NSURLErrorDomain, RKTError::NSURLErrorCancelled,
                            "The sign-in was broken off.");
         }
-        if (auto address = server.handle()) return *std::move(address);
+        if (auto address = server_->handle()) return *std::move(address);
     }
 }
 
@@ -214,10 +224,6 @@ std::optional<RKTError> Login::take(const RKTURL& address) {
     const auto answer =
         updateToken(serviceClass, service_, credentials_, false, std::move(signals_), forPeople());
     signal_ = answer.signal;
-    if (!answer.value && !credentials_->token()) {
-        return failure(RKTError::NSURLErrorDomain, RKTError::NSURLErrorBadServerResponse,
-                       service_ + " answered without a token.");
-    }
     return answer.value;
 }
 

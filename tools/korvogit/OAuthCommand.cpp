@@ -77,17 +77,19 @@ int verify(const StepOptions& options, const RKTURL& responseURL) {
     const auto credentials = options.credentials();
     std::optional<RKTError> error;
     options.oauth.serviceClass().updateCredentials(*credentials, responseURL, &error);
+    const bool lacksCode = !error && !credentials->OAuthCode();
+    if (lacksCode) error = errorForUselessAnswer("The redirect brings no code.");
     if (options.format == Format::Json) {
         writeOutput(jsonText(signInJSON(error, *credentials)));
-    } else if (error) {
-        report(*error, options.oauth.serviceName());
-    } else if (const auto code = credentials->OAuthCode()) {
-        writeOutput(displayText(*code) + "\n");
-    } else {
+    } else if (lacksCode) {
         complain(
-            "The redirect is genuine, but brings no code.",
+            error->localizedDescription(),
             {"Nothing was refused. Give the whole address, with all that follows its \"?\"; if "
              "it was whole, begin the sign-in anew."});
+    } else if (error) {
+        report(*error, options.oauth.serviceName());
+    } else {
+        writeOutput(displayText(credentials->OAuthCode().value()) + "\n");
     }
     return exitStatus(error, 0);
 }

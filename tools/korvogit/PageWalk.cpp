@@ -33,9 +33,10 @@ RKTNumber longestPage(std::string_view serviceType) {
     return serviceType == RKTServiceTypeBitbucketServer ? 1000 : 100;
 }
 
-/// A Bitbucket Server counts repositories that the account may not see among those to skip, and
-/// gives what follows them: pages repeat until as many came.
-constexpr int mostRepetitions = 20;
+/// How many pages in a row may bring nothing new. A Bitbucket Server counts repositories that the
+/// account may not see among those to skip, and gives what follows them: pages repeat until as many
+/// came. Services that page by links may leave out what the account may not see: pages are empty.
+constexpr int mostBarrenPages = 20;
 
 std::int64_t integerIn(const std::optional<RKTNumber>& number) {
     return number ? number->integerValue() : 0;
@@ -62,7 +63,7 @@ std::shared_ptr<const RKTRepositoriesRequest> PageWalk::nextRequest() const {
 }
 
 RKTNumber PageWalk::nextPage() const {
-    if (!startsAtRepositories_) return pages_ + 1;
+    if (!startsAtRepositories_) return asked_ + 1;
     // Bitbucket Server skips (page - 1) / countPerPage repositories: this page skips those that
     // came, however few the server puts on a page.
     return static_cast<std::int64_t>(received_) * countPerPage_.integerValue() + 1;
@@ -76,12 +77,13 @@ PageWalk::Results PageWalk::take(const RKTServiceArrayResult& page) {
     }
     received_ += all.size();
     repositories_ += fresh.size();
-    repetitions_ = fresh.empty() && !all.empty() ? repetitions_ + 1 : 0;
-    endsInRepetition_ = repetitions_ > (startsAtRepositories_ ? mostRepetitions : 0);
-    if (!fresh.empty() || pages_ == 0) ++pages_;
+    barrenPages_ = fresh.empty() ? barrenPages_ + 1 : 0;
+    if (++asked_ == 1 || !fresh.empty()) pages_ = asked_;
     // The last page does not tell it any more.
     if (const auto told = integerIn(page.totalNumberOfPages()); told > 0) total_ = told;
-    isOver_ = all.empty() || endsInRepetition_ || !tellsOfNextPage(page);
+    const bool isLast = isLastPage(page);
+    endsInRepetition_ = !isLast && barrenPages_ > mostBarrenPages;
+    isOver_ = isLast || endsInRepetition_;
     return fresh;
 }
 
@@ -92,17 +94,20 @@ std::int64_t PageWalk::totalNumberOfPages() const {
 /// By what the service calls it, or else by all that it says about it.
 bool PageWalk::isNew(const RKTServiceRepository& repository) {
     const auto identifier = repository.identifier();
-    if (!identifier) return seen_.insert(jsonLine(toJson(repository))).second;
-    const auto number = identifier->numberValue();
-    return seen_.insert(number ? jsonLine(toJson(*number)) : identifier->stringValue().value_or(""))
-        .second;
+    const auto number = identifier ? identifier->numberValue() : std::nullopt;
+    if (number) return seen_.insert(jsonLine(toJson(*number))).second;
+    const auto text = identifier ? identifier->stringValue().value_or("") : "";
+    return seen_.insert(text.empty() ? jsonLine(toJson(repository)) : text).second;
 }
 
-bool PageWalk::tellsOfNextPage(const RKTServiceArrayResult& page) const {
-    const auto relations = page.linkRelations();
-    if (relations && relations->contains(RKTServiceLinkRelationNext)) return true;
-    if (relations && !tellOfPages(*relations)) return true;  // nothing is told
-    return pages_ < integerIn(page.totalNumberOfPages()) || end_ == End::EmptyPage;
+bool PageWalk::isLastPage(const RKTServiceArrayResult& page) const {
+    const auto relations = page.linkRelations().value_or(RKTServiceArrayResult::LinkRelations());
+    if (relations.contains(RKTServiceLinkRelationNext)) return false;
+    if (page.results().value_or(Results()).empty()) return true;
+    if (tellOfPages(relations)) return asked_ >= integerIn(page.totalNumberOfPages());
+    // Nothing is told: there is one page, unless an earlier one told of more, or a gateway's links
+    // stand in place of the service's.
+    return end_ == End::NoNextLink && relations.empty() && asked_ >= total_;
 }
 
 }  // namespace korvogit

@@ -26,9 +26,9 @@ public:
     Results take(const RKTServiceArrayResult& page);
 
     bool isOver() const { return isOver_; }
-    /// True when it is over because pages had nothing but what came before.
+    /// True when it is over because pages brought nothing new though the service tells of more.
     bool endsInRepetition() const { return endsInRepetition_; }
-    /// How many pages came, without those that brought nothing.
+    /// How many pages came, up to the last one that brought anything.
     std::int64_t pages() const { return pages_; }
     /// As far as is known: 0 when it is not.
     std::int64_t totalNumberOfPages() const;
@@ -40,18 +40,19 @@ private:
 
     RKTNumber nextPage() const;
     bool isNew(const RKTServiceRepository& repository);
-    bool tellsOfNextPage(const RKTServiceArrayResult& page) const;
+    bool isLastPage(const RKTServiceArrayResult& page) const;
 
     std::shared_ptr<const RKTRepositoriesRequest> request_;
     bool startsAtRepositories_;  // see nextPage()
     RKTNumber countPerPage_;
     End end_;
     std::unordered_set<std::string> seen_;
+    std::int64_t asked_ = 0;  // pages
     std::int64_t pages_ = 0;
     std::int64_t total_ = 0;
     std::size_t received_ = 0;
     std::size_t repositories_ = 0;
-    int repetitions_ = 0;  // pages without anything new, one after another
+    int barrenPages_ = 0;  // without anything new, one after another
     bool isOver_ = false;
     bool endsInRepetition_ = false;
 };

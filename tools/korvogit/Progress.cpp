@@ -1,11 +1,10 @@
 #include "Progress.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
+#include <string>
+#include <utility>
 
-#include "DisplayText.h"
 #include "RepositoriesTable.h"
 #include "Terminal.h"
 
@@ -35,11 +34,7 @@ void Progress::show(const PageWalk& walk) {
     text += "page " + std::to_string(walk.pages());
     if (total > 0) text += " of " + std::to_string(total);
     text += ", " + countLine(walk.repositories());
-    // A line that wraps could not be erased. The picture before it takes two columns.
-    if (const auto width = Terminal::of(STDERR_FILENO).width) {
-        text = shortenedToWidth(text, *width - std::min<std::size_t>(*width, 3));
-    }
-    spinner_.say(text);
+    spinner_.say(std::move(text));
 }
 
 }  // namespace korvogit

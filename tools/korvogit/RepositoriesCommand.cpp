@@ -62,7 +62,7 @@ public:
 
 private:
     Answer<Page> ask(std::shared_ptr<const RKTRepositoriesRequest> request, Spinner& spinner);
-    void complainUnlessList(const RKTServiceArrayResult& page) const;
+    std::optional<RKTError> errorOf(const RKTServiceArrayResult& page) const;
     void complainAboutRepetition(const PageWalk& walk) const;
     int listPage();
     int listAll();
@@ -92,16 +92,17 @@ Answer<Page> Listing::ask(std::shared_ptr<const RKTRepositoriesRequest> request,
         spinner);
 }
 
-void Listing::complainUnlessList(const RKTServiceArrayResult& page) const {
-    if (page.error() || page.results() || options_.format == Format::Json) return;
-    complain(service_ + " answered, but not with a list of repositories.",
-             {"The credentials were not refused. Check --url and --service, and whether a proxy "
-              "answered in the service's place."});
+/// Who lists wants a list, where the library takes any JSON: the error is that of no JSON at all.
+std::optional<RKTError> Listing::errorOf(const RKTServiceArrayResult& page) const {
+    if (page.error() || page.results()) return page.error();
+    return RKTError(RKTError::NSCocoaErrorDomain, RKTError::NSPropertyListReadCorruptError,
+                    {{RKTError::NSLocalizedDescriptionKey,
+                      service_ + " answered, but not with a list of repositories."}});
 }
 
 void Listing::complainAboutRepetition(const PageWalk& walk) const {
     complain(service_ + " repeats itself: what follows page " + std::to_string(walk.pages()) +
-                 " was all listed before.",
+                 " is empty or was listed before.",
              {"Neither the credentials nor the network are the reason. The list ends here, each "
               "repository once; if some are missing, try another --per-page."});
 }
@@ -110,15 +111,15 @@ int Listing::listPage() {
     Spinner spinner("Asking " + service_, options_.format == Format::Table);
     const auto [page, signal] = ask(options_.request.request(), spinner);
     spinner.stop();
-    complainUnlessList(*page);
+    const auto error = errorOf(*page);
     if (page->results()) output_->add(*page->results());
-    output_->end({.error = page->error(),
+    output_->end({.error = error,
                   .linkRelations = page->linkRelations(),
                   .page = page->page(),
                   .totalNumberOfPages = page->totalNumberOfPages(),
                   .hasResults = page->results().has_value(),
-                  .lineForPeople = pageLine(*page)});
-    return exitStatus(page->error(), signal);
+                  .lineForPeople = pageLineWithOption(*page)});
+    return exitStatus(error, signal);
 }
 
 int Listing::listAll() {
@@ -131,12 +132,11 @@ int Listing::listAll() {
     while (!walk.isOver() && !end.error) {
         const auto answer = ask(walk.nextRequest(), progress.spinner());
         const auto& page = *answer.value;
-        end.error = page.error();
+        end.error = errorOf(page);
         if (end.error) break;
         const auto repositories = walk.take(page);
         progress.spinner().hide();
-        complainUnlessList(page);
-        if (page.results()) end.hasResults = true;
+        end.hasResults = true;
         if (!repositories.empty()) output_->add(repositories);
         if (!walk.isOver()) progress.show(walk);
     }

@@ -78,6 +78,15 @@ Table chosenTable(const Results& repositories, std::span<const RepositoryField> 
     return table;
 }
 
+std::int64_t numberOf(const RKTServiceArrayResult& page) {
+    return page.page() ? page.page()->integerValue() : 1;
+}
+
+/// 0 when the service does not tell.
+std::int64_t totalOf(const RKTServiceArrayResult& page) {
+    return page.totalNumberOfPages() ? page.totalNumberOfPages()->integerValue() : 0;
+}
+
 }  // namespace
 
 std::string repositoriesTable(const Results& repositories, std::span<const RepositoryField> columns,
@@ -89,17 +98,19 @@ std::string repositoriesTable(const Results& repositories, std::span<const Repos
 }
 
 std::string pageLine(const RKTServiceArrayResult& result) {
-    const std::int64_t page = result.page() ? result.page()->integerValue() : 1;
-    const std::int64_t total =
-        result.totalNumberOfPages() ? result.totalNumberOfPages()->integerValue() : 0;
+    const auto total = totalOf(result);
+    return "Page " + std::to_string(numberOf(result)) +
+           (total > 0 ? " of " + std::to_string(total) : "");
+}
+
+std::string pageLineWithOption(const RKTServiceArrayResult& result) {
+    const auto page = numberOf(result);
     const auto relations = result.linkRelations();
     const bool hasNext =
-        page < total || (relations && relations->contains(RKTServiceLinkRelationNext));
-    std::string line = "Page " + std::to_string(page);
-    if (total > 0) line += " of " + std::to_string(total);
-    if (hasNext && page >= 1 && page < INT64_MAX)
-        line += "; the next one: --page " + std::to_string(page + 1);
-    return line;
+        page < totalOf(result) || (relations && relations->contains(RKTServiceLinkRelationNext));
+    const bool canBeAskedFor = hasNext && page >= 1 && page < INT64_MAX;
+    return pageLine(result) +
+           (canBeAskedFor ? "; the next one: --page " + std::to_string(page + 1) : "");
 }
 
 std::string countLine(std::size_t repositories) {

@@ -16,8 +16,10 @@ namespace korvogit {
 std::string repositoriesTable(const RKTServiceArrayResult::Results& repositories,
                               std::span<const RepositoryField> columns, const Terminal& terminal);
 
-/// Which page this is, and how to get at the next one.
+/// Which page this is, of how many.
 std::string pageLine(const RKTServiceArrayResult& page);
+/// The same, and how to get at the next one.
+std::string pageLineWithOption(const RKTServiceArrayResult& page);
 
 /// "1 repository", "137 repositories".
 std::string countLine(std::size_t repositories);

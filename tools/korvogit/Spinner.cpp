@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
+#include "DisplayText.h"
 #include "StandardStreams.h"
 #include "Terminal.h"
 
@@ -35,7 +37,12 @@ void Spinner::turn() {
         localeIsUnicode() ? braille[turns_ % braille.size()] : ascii[turns_ % ascii.size()];
     ++turns_;
     isShown_ = true;
-    writeError("\r" + std::string(picture) + " " + text_);
+    std::string line = std::string(picture) + " " + text_;
+    // A line that wraps could not be erased.
+    if (const auto width = Terminal::of(STDERR_FILENO).width) {
+        line = shortenedToWidth(line, *width - std::min<std::size_t>(*width, 1));
+    }
+    writeError("\r" + line);
 }
 
 void Spinner::say(std::string text) {

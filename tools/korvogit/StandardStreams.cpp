@@ -1,6 +1,7 @@
 #include "StandardStreams.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -19,6 +20,9 @@ int writeAll(int descriptor, std::string_view text) {
         const ssize_t count = write(descriptor, text.data(), text.size());
         if (count >= 0) {
             text.remove_prefix(static_cast<std::size_t>(count));
+        } else if (errno == EAGAIN) {  // who shares the descriptor made it so
+            pollfd writable = {descriptor, POLLOUT, 0};
+            poll(&writable, 1, -1);
         } else if (errno != EINTR) {
             return errno;
         }

@@ -2,6 +2,8 @@
 
 #include <KorvoGitService/RKTMainQueue.h>
 
+#include "ErrorReport.h"
+
 namespace korvogit {
 
 Answer<std::optional<RKTError>> updateToken(
@@ -17,6 +19,9 @@ Answer<std::optional<RKTError>> updateToken(
         waitForHandler(RKTMainQueue::fileDescriptor(), *task, std::move(signals), spinner);
     spinner.stop();
     RKTMainQueue::drain();
+    if (!answer.value && credentials->token().value_or("").empty()) {
+        answer.value = errorForUselessAnswer(serviceName + " answered without a token.");
+    }
     return answer;
 }
 

@@ -9,7 +9,7 @@
 namespace korvogit {
 
 /// Exchanges the record's code for a token, or refreshes it, and waits for the outcome. This thread
-/// is the library's main thread meanwhile.
+/// is the library's main thread meanwhile. An answer without a token is an error.
 /// @param signals what to wait for besides; it is let go
 /// @param spins   whether a person is waiting for text
 /// @throws RKTInvalidArgumentException when the service has no sign-in with OAuth2

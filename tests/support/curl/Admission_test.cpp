@@ -41,6 +41,14 @@ TEST_F(AdmissionToAPeer, GoesOnWithAsManyAsThereMayBeConnections) {
     EXPECT_THAT(admit(), ElementsAre(4));
 }
 
+TEST_F(AdmissionToAPeer, TakesMoreOnceThereMayBeMoreConnections) {
+    enter(1, 10);
+    admit();
+    began(1, 1001);
+    EXPECT_THAT(admit(), ElementsAre(2, 3));
+    EXPECT_THAT(admit(5), ElementsAre(4, 5));
+}
+
 TEST_F(AdmissionToAPeer, TakesAllOnceTwoAreOnOneConnection) {
     enter(1, 6);
     admit();

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <thread>
+
+#include "tests/helpers/Gateway.h"
 #include "tests/helpers/Loading.h"
 
 namespace {
@@ -44,6 +48,39 @@ protected:
         EXPECT_EQ(origin.server.requestCount(), count);
     }
 };
+
+// Of hosts that share nothing but that they are reached without a proxy, or through one that makes
+// a connection to each.
+TEST_F(Turns, AreNotTakenFromAHostByAnotherOne) {
+    const auto startTo = [this](const std::string& url) {
+        const auto task = Origin::task(*session, requestTo(url), loaded);
+        task->resume();
+        return task;
+    };
+    Gateway silent;
+    silent.beSilent();
+    origin.settings.proxy = "";
+    session = RKTURLSession::sessionWithConfiguration({origin.settings});
+    const auto stuck = startTo("http://127.0.0.1:" + std::to_string(silent.port()));
+    ASSERT_TRUE(silent.waitForClient());
+    EXPECT_EQ(origin.load(origin.httpURL("/x")).data, "body");
+    stuck->cancel();
+    loaded->wait(1);
+
+    // What it is said in SOCKS is no request yet: it waits for more.
+    origin.settings.proxy = "socks5h" + origin.httpURL("").substr(4);
+    session = RKTURLSession::sessionWithConfiguration({origin.settings});
+    const auto before = origin.server.acceptedConnections();
+    const auto one = startTo("http://one.example/");
+    const auto another = startTo("http://another.example/");
+    for (int look = 0; look < 3000 && origin.server.acceptedConnections() < before + 2; ++look) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_EQ(origin.server.acceptedConnections(), before + 2);
+    one->cancel();
+    another->cancel();
+    loaded->wait(3);
+}
 
 class TurnsOf : public Turns, public testing::WithParamInterface<std::vector<const char*>> {};
 

@@ -55,8 +55,11 @@ protected:
     }
 
     /// Answers the next listings with this.
-    void answerListings(std::string body) {
-        server.script({.path = "/user/repos"}, emulator::jsonAnswer(200, std::move(body)));
+    /// @param link  the value of a Link header; empty: none
+    void answerListings(std::string body, const std::string& link = "") {
+        auto answer = emulator::jsonAnswer(200, std::move(body));
+        if (!link.empty()) answer.headers.add("Link", link);
+        server.script({.path = "/user/repos"}, answer);
     }
 
     emulator::Server server;

@@ -164,12 +164,13 @@ TEST_F(KorvogitOAuth, TellsTheProvidersErrorOfARedirect) {
               "  Nothing is broken, and no token was made. Sign in again to allow it.\n");
 }
 
-TEST_F(KorvogitOAuth, SaysThatARedirectBringsNoCode) {
+TEST_F(KorvogitOAuth, FailsWhereARedirectBringsNoCode) {
     const Ended ended = verify("myapp://x");
-    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_EQ(parsed(verify("myapp://x", asJSON)).at("ok"), false);
     EXPECT_EQ(
         ended.error,
-        "korvogit: The redirect is genuine, but brings no code.\n"
+        "korvogit: The redirect brings no code.\n"
         "  Nothing was refused. Give the whole address, with all that follows its \"?\"; if it "
         "was whole, begin the sign-in anew.\n");
 }
@@ -188,6 +189,19 @@ TEST_F(KorvogitOAuth, ExchangesACode) {
                                                     "Refresh token  -\n"
                                                     "Expires        never\n"));
     EXPECT_EQ(ended.error, "");
+}
+
+TEST_F(KorvogitOAuth, FailsWhereAnAnswerBringsNoToken) {
+    for (const char* answer : {"{}", R"({"access_token": 5})", R"({"access_token": ""})"}) {
+        server.clearScripts();
+        server.script({.path = "/login/oauth/access_token"}, emulator::jsonAnswer(200, answer));
+        const Ended ended = token({"--code", "c"});
+        EXPECT_EQ(ended.status, 1) << answer;
+        EXPECT_EQ(ended.output, "");
+        EXPECT_THAT(ended.error,
+                    testing::StartsWith("korvogit: GitHub answered without a token.\n"));
+        EXPECT_EQ(parsed(token(Arguments{"--code", "c"} + asJSON)).at("ok"), false);
+    }
 }
 
 TEST_F(KorvogitOAuth, TakesTheCodeFromStandardInputToo) {

@@ -103,19 +103,20 @@ TEST_F(KorvogitRepositories, PrintsAnErrorAsJSONWithTheRestNull) {
               R"("linkRelations":null,"page":null,"totalNumberOfPages":null,"results":null})");
 }
 
-TEST_F(KorvogitRepositories, PrintsNullResultsForAnAnswerThatIsNoList) {
+TEST_F(KorvogitRepositories, FailsWithAnAnswerThatIsNoList) {
     answerListings("{}");
     const Ended printed = repositories({"--format", "json"});
-    EXPECT_EQ(printed.status, 0);
+    EXPECT_EQ(printed.status, 1);
     EXPECT_EQ(json::parse(printed.output).at("results"), nullptr);
-    EXPECT_EQ(json::parse(printed.output).at("error"), nullptr);
+    EXPECT_EQ(json::parse(printed.output).at("error").at("code"), 3840);
 
     const Ended told = repositories();
-    EXPECT_EQ(told.status, 0);
+    EXPECT_EQ(told.status, 1);
+    EXPECT_EQ(told.output, "");
     EXPECT_EQ(told.error,
               "korvogit: GitHub answered, but not with a list of repositories.\n"
-              "  The credentials were not refused. Check --url and --service, and whether a proxy "
-              "answered in the service's place.\n");
+              "  The network works, but what answered is not the service's API. Check --url, and "
+              "whether a proxy's or a sign-in page came.\n");
 }
 
 TEST_F(KorvogitRepositories, PrintsCSVWithQuotesWhereAFieldNeedsThem) {
@@ -130,6 +131,13 @@ TEST_F(KorvogitRepositories, PrintsCSVWithQuotesWhereAFieldNeedsThem) {
               "7,\"a,b\",\"say \"\"hi\"\"\",\"two\r\nlines\",,,, plain blank ,open,private,true,3,"
               ",,,,,\"\"\r\n"
               "true,=1+1,,,,,,,open,private,,,,,,,,\r\n");
+}
+
+// A blank line is no record to most readers.
+TEST_F(KorvogitRepositories, PrintsAnUnsetOnlyColumnOfCSVAsAnEmptyText) {
+    answerListings(R"([{"description": "x"}, {}, {"description": "z"}])");
+    EXPECT_EQ(repositories({"--format", "csv", "--columns", "descriptiveText"}).output,
+              "descriptiveText\r\nx\r\n\"\"\r\nz\r\n");
 }
 
 TEST_F(KorvogitRepositories, PrintsAnErrorOfACSVListingOnStandardErrorOnly) {

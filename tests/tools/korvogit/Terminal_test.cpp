@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "Korvogit.h"
 
 namespace {
@@ -80,6 +82,24 @@ TEST_F(KorvogitTerminal, ShowsASpinnerUntilTheAnswerComes) {
     const Ended ended = program.wait();
     EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.output, EndsWith("Asking GitHub\r\x1b[KGitHub accepts the credentials.\r\n"));
+}
+
+TEST_F(KorvogitTerminal, IsWaitedForWhereItRefusesWhatIsTooMuch) {
+    Launch launch = onTerminal(Arguments{"repositories", "--all", "--format", "jsonl"} + account());
+    launch.terminalNeverBlocks = true;
+    const Ended ended = run(launch);
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_EQ(std::ranges::count(ended.output, '\n'), 137);
+}
+
+TEST_F(KorvogitTerminal, GetsNoSpinnerThatWraps) {
+    auto hold = server.hold({});
+    Launch launch = onTerminal(Arguments{"validate"} + account());
+    launch.terminalColumns = 12;
+    Program program(launch);
+    program.waitUntilShown("\r⠋ Asking G…\r⠙ Asking G…");
+    hold.release();
+    EXPECT_EQ(program.wait().status, 0);
 }
 
 TEST_F(KorvogitTerminal, ShowsAnASCIISpinnerWhereTheLocaleHasNothingElse) {
