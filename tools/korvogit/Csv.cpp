@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view lineEnd = "\r\n";
 
-std::string quoted(const std::string& text) {
+std::string inQuotes(const std::string& text) {
     if (!text.empty() && text.find_first_of(",\"\r\n") == std::string::npos) return text;
     std::string field = "\"";
     for (const char c : text) {
@@ -24,7 +24,7 @@ std::string quoted(const std::string& text) {
 std::string csvField(const FieldValue& value, bool forTerminal) {
     std::string text = fieldText(value);
     if (!std::holds_alternative<std::string>(value)) return text;
-    return quoted(forTerminal ? displayText(text) : text);
+    return inQuotes(forTerminal ? displayText(text) : text);
 }
 
 template <class TextOf>
@@ -35,7 +35,7 @@ std::string line(std::span<const RepositoryField> fields, TextOf textOf) {
         line += textOf(field);
     }
     // Most readers take a blank line for none.
-    if (line.empty()) line = quoted(line);
+    if (line.empty()) line = inQuotes(line);
     return line.append(lineEnd);
 }
 
