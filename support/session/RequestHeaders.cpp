@@ -23,7 +23,7 @@ bool isFieldValue(std::string_view text) {
 
 std::size_t headBytes(const RKTURLRequest& request) {
     constexpr std::size_t each = 32;
-    const auto url = request.URL();
+    const auto& url = request.URL();
     std::size_t bytes = url ? url->absoluteString().size() : 0;
     for (const auto& [name, value] : request.allHTTPHeaderFields())
         bytes += name.size() + value.size() + each;
