@@ -19,7 +19,7 @@ struct SCPForm {
 };
 
 /// `user@host:path`, with no slash before the ":", and a host of letters, digits, "-", "." and "_".
-/// Addresses in brackets are left to the other checks.
+/// Addresses in brackets are left to the other checks; around a user, too, they are no such form.
 std::optional<SCPForm> readPlainly(std::string_view text) {
     const auto colon = text.find(':');
     if (colon == std::string_view::npos || text.substr(0, colon).find('/') != text.npos) return {};
@@ -31,8 +31,9 @@ std::optional<SCPForm> readPlainly(std::string_view text) {
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._";
     const bool hasControls =
         std::ranges::any_of(form.path, [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-    if (form.user.empty() || form.host.empty() || form.path.empty() || hasControls ||
-        form.host.find_first_not_of(hostCharacters) != std::string::npos || !plain::isUTF8(text)) {
+    if (form.user.empty() || form.user.starts_with('[') || form.host.empty() || form.path.empty() ||
+        hasControls || form.host.find_first_not_of(hostCharacters) != std::string::npos ||
+        !plain::isUTF8(text)) {
         return {};
     }
     return form;
