@@ -226,6 +226,7 @@ bool throwsForWantOfThreads(Use use) {
     if (validate(*service) != std::nullopt || calls != 0) std::_Exit(notReached);
     service->invalidateAndCancel();
     const std::weak_ptr<RKTService> alive = std::exchange(service, nullptr);
+    // Its session lets go of it after the last handler, and tells nobody.
     for (int look = 0; look < 3000 && !alive.expired(); ++look) usleep(10'000);
     exitIf(alive.expired());
 }

@@ -133,7 +133,9 @@ TEST(OperationQueue, ThreadsThatCameForKeptOnesEndWhenTheyAreNotNeeded) {
     for (auto& queue : queues) drain(queue);
     EXPECT_THAT(std::set(began.begin(), began.end()), testing::SizeIs(many));
     const auto living = [&] { return std::ranges::count_if(began, isAlive); };
-    // A little to do now and then keeps none of them, though each may get some of it.
+    // A little to do now and then keeps none of them, though each may get some of it. Nobody is
+    // told of the end of a detached thread, so the kernel's list is looked at, for thirty seconds
+    // at most.
     for (int look = 0; look < 3000 && living() > usual; ++look) {
         drain(queues.front());
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
