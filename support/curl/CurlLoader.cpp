@@ -17,9 +17,6 @@ namespace {
 // noticed beside a network.
 constexpr std::chrono::milliseconds patience(2);
 
-// More results than this at once are read in the pool, while the loader goes on.
-constexpr std::size_t mostToReadHere = 64;
-
 }  // namespace
 
 CurlLoader::CurlLoader() : threads_([this] { lead(); }, patience) {}
@@ -95,7 +92,6 @@ void CurlLoader::perform() {
 // Takes results to where they are wanted, one after another, for as long as transfers may have to
 // wait. False when another thread leads by now.
 bool CurlLoader::handOut() {
-    if (results_.size() > mostToReadHere) handOnAll();
     const auto end = std::chrono::steady_clock::now() + patience;
     while (!results_.empty() && std::chrono::steady_clock::now() < end) {
         auto [finished, result] = std::move(results_.front());
@@ -105,11 +101,6 @@ bool CurlLoader::handOut() {
         if (left == Left::NotAtAll) finished(std::move(result), Stay::Brief);
     }
     return true;
-}
-
-void CurlLoader::handOnAll() {
-    auto results = std::exchange(results_, {});
-    for (auto& [finished, result] : results) finished(std::move(result), Stay::Brief);
 }
 
 // False when there are messages to be read first.

@@ -73,7 +73,6 @@ private:
     Transfer takeOut(Token token);
     void finish(Token token, ExchangeResult result);
     bool handOut();
-    void handOnAll();
     int millisecondsToSleep() const;
 
     std::atomic<Token> lastToken_ = 0;

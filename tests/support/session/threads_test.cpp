@@ -161,31 +161,6 @@ TEST_F(KeptLoader, HandsOnWhatComesWhileAResultStays) {
     EXPECT_TRUE(maySoonStay());
 }
 
-// They fail at once, and are started by the thread that loads, so that it finds all together.
-TEST_F(KeptLoader, HandsOnABurstThoughAThreadMayStay) {
-    constexpr std::size_t burst = 100;
-    auto settings = origin.settings;
-    settings.proxy = "http://%00@127.0.0.1:1";
-    auto refused = exchange(rkt::sharedLoader().makeSessionMemory());
-    refused.settings = std::make_shared<const RKTNetworkSettings>(settings);
-
-    std::latch end(1);
-    ASSERT_TRUE(maySoonStay(&end));
-    Awaited<Stay> told;
-    rkt::sharedLoader().start(
-        exchange(rkt::sharedLoader().makeSessionMemory()), [&](rkt::ExchangeResult, Stay stay) {
-            EXPECT_EQ(stay, Stay::Brief);  // so this is the thread that loads, and goes on to
-            end.count_down();
-            for (std::size_t i = 0; i < burst; ++i) {
-                rkt::sharedLoader().start(refused, [&](rkt::ExchangeResult result, Stay next) {
-                    EXPECT_TRUE(result.failure);
-                    told.put(next);
-                });
-            }
-        });
-    EXPECT_THAT(told.wait(burst), testing::Each(Stay::Brief));
-}
-
 TEST_F(KeptLoader, TakesAResultToItsHandler) {
     const auto session = origin.session();
     const auto threadOfHandler = [&] {
