@@ -1,5 +1,8 @@
 #include "support/ThreadPool.h"
 
+#include <openssl/crypto.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <boost/asio/executor_work_guard.hpp>
@@ -8,6 +11,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <cstdlib>
 #include <exception>
 #include <mutex>
 #include <system_error>
@@ -46,7 +50,7 @@ public:
     }
 
     void run(std::function<void()> work) {
-        if (count_ < usual_) haveUsualThreads();
+        haveThreads(usual_);
         boost::asio::post(queue_, [this, work = std::move(work)]() mutable {
             ++begun_;
             std::exchange(work, nullptr)();
@@ -58,16 +62,28 @@ public:
         if (someMayWait()) haveReserve();
     }
 
-private:
-    Pool() = default;
-
     // One is enough to go on with; the next work tries to have the others.
-    void haveUsualThreads() {
+    void haveThreads(int wanted) {
+        if (count_ >= wanted) return;
         const std::lock_guard lock(mutex_);
-        while (count_ < usual_ && start([this] { queue_.run(); })) ++count_;
+        while (count_ < wanted && start([this] { queue_.run(); })) ++count_;
         if (count_ == 0) {
             throw std::system_error(std::make_error_code(std::errc::not_enough_memory));
         }
+    }
+
+private:
+    // OpenSSL's own clean-up at exit is set up first, so it comes after.
+    Pool() {
+        OPENSSL_init_crypto(0, nullptr);
+        std::atexit([] { shared().keepThreads(); });
+    }
+
+    // In a forked child nobody may be left to release the lock.
+    void keepThreads() {
+        if (getpid() != process_) return;
+        const std::lock_guard lock(mutex_);
+        exits_ = true;
     }
 
     // False where there is no room for a thread.
@@ -106,11 +122,14 @@ private:
         if (someMayWait()) haveReserve();
     }
 
-    // The usual number stays, even when some of these came as reserves.
+    // The usual number stays, even when some of these came as reserves. What OpenSSL keeps for a
+    // thread that a handler used it on would be freed when the thread has ended, which may be
+    // beside OpenSSL's own clean-up while the process exits; so it is freed here.
     bool leaves() {
         const std::lock_guard lock(mutex_);
         const bool isNeeded = Clock::now().time_since_epoch() - lastFull_.load() < idleTime;
-        if (isNeeded || count_ <= usual_) return false;
+        if (isNeeded || exits_ || count_ <= usual_) return false;
+        OPENSSL_thread_stop();
         --count_;
         return true;
     }
@@ -134,6 +153,7 @@ private:
     boost::asio::executor_work_guard<boost::asio::io_context::executor_type> isOpen_ =
         boost::asio::make_work_guard(queue_);
     const int usual_ = usualThreads();
+    const pid_t process_ = getpid();
     std::atomic<int> count_ = 0;
     std::atomic<int> unfinished_ = 0;
     std::atomic<std::uint64_t> begun_ = 0;
@@ -142,12 +162,17 @@ private:
     std::mutex mutex_;
     std::condition_variable wanted_;
     bool hasReserve_ = false;
+    bool exits_ = false;
 };
 
 }  // namespace
 
 void runInPool(std::function<void()> work) {
     Pool::shared().run(std::move(work));
+}
+
+void haveThreadInPool() {
+    Pool::shared().haveThreads(1);
 }
 
 }  // namespace rkt

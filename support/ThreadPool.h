@@ -12,4 +12,7 @@ namespace rkt {
 /// run.
 void runInPool(std::function<void()> work);
 
+/// Has at least one thread, or throws. Afterwards runInPool() throws for want of memory only.
+void haveThreadInPool();
+
 }  // namespace rkt

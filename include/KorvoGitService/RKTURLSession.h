@@ -82,7 +82,8 @@ public:
     /// be had for the first request of all, it throws a std::exception; the task then ends without
     /// its handler.
     void resume();
-    /// Ends a task, a suspended one too, with NSURLErrorCancelled.
+    /// Ends a task, a suspended one too, with NSURLErrorCancelled. Where it throws as resume()
+    /// does, nothing has changed.
     void cancel();
     /// As it is at this moment: another thread may change it meanwhile.
     State state() const;
@@ -128,7 +129,8 @@ public:
 
     /// No new tasks; those that were made may finish; then the delegate is let go, on the queue.
     void finishTasksAndInvalidate();
-    /// The same, and cancels what was made.
+    /// The same, and cancels what was made. Where either throws as a task's resume() does, what is
+    /// left to do is done by the next call.
     void invalidateAndCancel();
 
     /// A copy of what the session was made with.

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "support/SharedNetworkSettings.h"
+#include "support/ThreadPool.h"
 #include "support/curl/CurlSessionMemory.h"
 
 namespace rkt {
@@ -257,6 +258,7 @@ void stopAtExit() {
 }
 
 CurlLoader& startProcessLoader() {
+    haveThreadInPool();  // it is needed on the loader's threads, where nobody could be told
     curl_global_init(CURL_GLOBAL_DEFAULT);
     processLoader = new CurlLoader;
     loaderProcess = getpid();

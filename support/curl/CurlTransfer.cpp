@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "KorvoGitService/RKTError.h"
@@ -39,6 +40,12 @@ const RKTNetworkSettings::HostMapping* mappingFor(const RequestTarget& target,
     return found == settings.hostMappings.end() ? nullptr : &*found;
 }
 
+// Without a scheme it is an HTTP proxy.
+bool isSOCKSProxy(std::string_view proxyInLowerCase) {
+    const auto scheme = proxyInLowerCase.substr(0, proxyInLowerCase.find("://"));
+    return scheme.size() < proxyInLowerCase.size() && scheme.starts_with("socks");
+}
+
 // libcurl counts connections by the host that they are led to and the URL's port, and all that go
 // to an HTTP proxy without a tunnel as the proxy's. It counts together what goes other ways there,
 // and lets wait what would be too many; but whoever takes another way must not wait for the first
@@ -49,7 +56,7 @@ std::string peerOf(const Exchange& exchange, const std::optional<std::string>& a
     const auto* mapping = mappingFor(target, settings);
     const auto proxy = asciiLowered(settings.proxy.value_or(""));
     const bool isOfProxy =
-        !proxy.empty() && !proxy.starts_with("socks") && !mapping && target.scheme != "https";
+        !proxy.empty() && !isSOCKSProxy(proxy) && !mapping && target.scheme != "https";
     std::string peer;
     if (!isOfProxy) {
         peer = asciiLowered(mapping && !mapping->address.empty() ? mapping->address : target.host);

@@ -55,10 +55,17 @@ void SessionState::end(bool cancelTasks) {
 }
 
 // On the queue, behind the handlers that are on their way: a delegate is never destroyed inside a
-// call of its own.
+// call of its own. Where the queue has no room it stays, for the next call that ends the session.
 void SessionState::letGoOfDelegate(std::shared_ptr<RKTURLSessionDelegate> delegate) {
-    if (delegate)
-        queue_->addOperation([delegate = std::move(delegate)]() mutable { delegate.reset(); });
+    if (!delegate) return;
+    const auto held = std::make_shared<std::shared_ptr<RKTURLSessionDelegate>>(std::move(delegate));
+    try {
+        queue_->addOperation([held] { held->reset(); });
+    } catch (...) {
+        const std::lock_guard lock(mutex_);
+        delegate_ = std::move(*held);
+        throw;
+    }
 }
 
 }  // namespace rkt

@@ -151,14 +151,14 @@ void TaskState::deliver(std::string body, std::shared_ptr<const RKTHTTPURLRespon
     complete({std::move(body), std::move(response), std::nullopt});
 }
 
+// The message goes first: where there is no room for it, nothing has changed. complete() waits for
+// the lock and sees the mark.
 void TaskState::cancel() {
-    {
-        const std::lock_guard lock(mutex_);
-        if (state_ == State::Canceling || state_ == State::Completed) return;
-        state_ = State::Canceling;
-        if (exchange_) sharedLoader().cancel(*exchange_);
-    }
-    post({});  // complete() sees the mark
+    const std::lock_guard lock(mutex_);
+    if (state_ == State::Canceling || state_ == State::Completed) return;
+    post({});
+    state_ = State::Canceling;
+    if (exchange_) sharedLoader().cancel(*exchange_);
 }
 
 void TaskState::fail(std::int64_t code) {

@@ -1,12 +1,14 @@
 // The process may end or fork at any time, and need not run its main queue.
 
 #include <KorvoGitService/RKTOperationQueue.h>
+#include <KorvoGitService/RKTURLSession.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <latch>
@@ -240,6 +242,80 @@ bool throwsForWantOfThreads(Use use) {
     exitIf(calls.wait() == std::vector{2});
 }
 
+std::shared_ptr<RKTURLSession> sessionWithDelegate(
+    std::shared_ptr<RKTURLSessionDelegate> delegate) {
+    return RKTURLSession::sessionWithConfiguration(
+        RKTURLSessionConfiguration::ephemeralSessionConfiguration(), std::move(delegate));
+}
+
+RKTURLRequest requestThatIsNotSent() {
+    return RKTURLRequest(RKTURL::URLWithString("ftp://nowhere.example/"));
+}
+
+[[noreturn]] void cancelWithoutThreads() {
+    const auto session = sessionWithDelegate(nullptr);
+    auto& codes = lasting<Awaited<std::int64_t>>();
+    const auto task = session->dataTaskWithRequest(
+        requestThatIsNotSent(), [&](auto, auto, const auto& error) { codes.put(error->code()); });
+    if (!throwsForWantOfThreads([&] { task->cancel(); })) std::_Exit(notReached);
+    if (task->state() != RKTURLSessionDataTask::State::Suspended) std::_Exit(notReached);
+    task->cancel();
+    exitIf(codes.wait() == std::vector<std::int64_t>{RKTError::NSURLErrorCancelled});
+}
+
+[[noreturn]] void endASessionWithoutThreads() {
+    struct Delegate : RKTURLSessionDelegate {};
+    auto delegate = std::make_shared<Delegate>();
+    const std::weak_ptr<Delegate> alive = delegate;
+    const auto session = sessionWithDelegate(std::move(delegate));
+    if (!throwsForWantOfThreads([&] { session->invalidateAndCancel(); })) std::_Exit(notReached);
+    if (alive.expired()) std::_Exit(notReached);
+    session->invalidateAndCancel();
+    drain(*session->delegateQueue());
+    exitIf(alive.expired());
+}
+
+[[noreturn]] void resumeInAnEndedSessionWithoutThreads() {
+    const auto session = sessionWithDelegate(nullptr);
+    session->invalidateAndCancel();
+    auto ofHandler = std::make_shared<int>();
+    const std::weak_ptr<int> alive = ofHandler;
+    const auto task = session->dataTaskWithRequest(
+        requestThatIsNotSent(), [kept = std::move(ofHandler)](auto, auto, const auto&) {});
+    if (!throwsForWantOfThreads([&] { task->resume(); })) std::_Exit(notReached);
+    exitIf(alive.expired() && task->state() == RKTURLSessionDataTask::State::Completed);
+}
+
+[[noreturn]] void failInAHandlerWithoutFurtherThreads() {
+    const auto& scene = lasting<Scene>();
+    const auto& service =
+        lasting<std::shared_ptr<RKTService>>(RKTService::serviceWithCredentials(credentialsFor(
+            "GitLabSelfHosted", scene.server.httpsURL(), "octavia", "demo-token-octavia")));
+    const auto& session = lasting<std::shared_ptr<RKTURLSession>>(sessionWithDelegate(nullptr));
+    auto& codes = lasting<Awaited<std::int64_t>>();
+    if (validate(*service) != std::nullopt) std::_Exit(notReached);
+    allowThreads(false);
+    service->validateCredentialsWithCompletionHandler([&](const auto&) {
+        session
+            ->dataTaskWithRequest(requestThatIsNotSent(),
+                                  [&](auto, auto, const auto& error) { codes.put(error->code()); })
+            ->resume();
+    });
+    exitIf(codes.wait() == std::vector<std::int64_t>{RKTError::NSURLErrorUnsupportedURL});
+}
+
+TEST_F(FirstUse, ToCancelWithoutThreadsThrowsAndTheNextWorks) {
+    EXPECT_EXIT(cancelWithoutThreads(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(FirstUse, ToEndASessionWithoutThreadsThrowsAndTheNextWorks) {
+    EXPECT_EXIT(endASessionWithoutThreads(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(FirstUse, InAnEndedSessionWithoutThreadsLeavesNothingBehind) {
+    EXPECT_EXIT(resumeInAnEndedSessionWithoutThreads(), testing::ExitedWithCode(inOrder), "");
+}
+TEST_F(FirstUse, IsTheLastThatNeedsAThread) {
+    EXPECT_EXIT(failInAHandlerWithoutFurtherThreads(), testing::ExitedWithCode(inOrder), "");
+}
 TEST_F(FirstUse, WithoutThreadsThrowsAndTheNextWorks) {
     EXPECT_EXIT(useWithoutThreads(), testing::ExitedWithCode(inOrder), "");
 }

@@ -74,10 +74,11 @@ TEST_F(Turns, AreNotTakenFromAHostByAnotherOne) {
     origin.settings.proxy = "socks5h://127.0.0.1:" + std::to_string(proxy.local_endpoint().port());
     session = RKTURLSession::sessionWithConfiguration({origin.settings});
     const auto one = startTo("http://one.example/");
+    pollfd client = {proxy.native_handle(), POLLIN, 0};
+    ASSERT_EQ(poll(&client, 1, 30'000), 1);
     const auto first = proxy.accept();  // and no word to it
     const auto another = startTo("http://another.example/");
-    pollfd second = {proxy.native_handle(), POLLIN, 0};
-    EXPECT_EQ(poll(&second, 1, 30'000), 1);
+    EXPECT_EQ(poll(&client, 1, 30'000), 1);
     one->cancel();
     another->cancel();
     loaded->wait(3);
