@@ -74,7 +74,8 @@ private:
 
 // One line for each connection: "0: 0100007F:1F90 0200007F:D431 02 …" with the local and the other
 // side's address and the state, all in hexadecimal.
-bool someoneAsksFor(std::uint16_t port) {
+std::size_t countOfThoseWhoAskFor(std::uint16_t port) {
+    std::size_t count = 0;
     constexpr unsigned askedAndNotAnswered = 2;
     std::ifstream connections("/proc/net/tcp");
     std::string line;
@@ -89,10 +90,10 @@ bool someoneAsksFor(std::uint16_t port) {
         const auto colon = there.find(':');
         if (colon != std::string::npos && state == askedAndNotAnswered &&
             std::stoul(there.substr(colon + 1), nullptr, 16) == port) {
-            return true;
+            ++count;
         }
     }
-    return false;
+    return count;
 }
 
 }  // namespace
@@ -167,11 +168,15 @@ void Gateway::beSilent() {
 
 bool Gateway::waitForClient() const {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!someoneAsksFor(port())) {
+    while (waitingClients() == 0) {
         if (std::chrono::steady_clock::now() > deadline) return false;
         std::this_thread::yield();
     }
     return true;
+}
+
+std::size_t Gateway::waitingClients() const {
+    return countOfThoseWhoAskFor(port());
 }
 
 void Gateway::leadTo(std::uint16_t port) {

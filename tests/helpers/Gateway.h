@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -25,6 +26,8 @@ public:
     void beSilent();
     /// Waits until a client has asked the silent port for a connection. False when none comes.
     bool waitForClient() const;
+    /// How many connections clients have asked the silent port for.
+    std::size_t waitingClients() const;
     /// Accepts connections and passes their bytes to that port of 127.0.0.1 and back.
     void leadTo(std::uint16_t port);
     /// The same for TLS connections, which end here: the bytes are passed on as plain ones.

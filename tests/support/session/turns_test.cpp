@@ -84,6 +84,26 @@ TEST_F(Turns, AreNotTakenFromAHostByAnotherOne) {
     loaded->wait(3);
 }
 
+// What is led to one HTTP proxy counts as the proxy's, also where its name begins like a scheme.
+TEST_F(Turns, OfAnHTTPProxyAreTakenByAllHostsBehindIt) {
+    Gateway proxy;
+    proxy.beSilent();
+    auto settings = origin.settings;
+    settings.proxy = "socks.localhost:" + std::to_string(proxy.port());
+    const auto proxied = RKTURLSession::sessionWithConfiguration({settings});
+    std::vector<std::shared_ptr<RKTURLSessionDataTask>> tasks;
+    for (const auto* const url : {"http://one.example/", "http://another.example/"}) {
+        tasks.push_back(Origin::task(*proxied, requestTo(url), loaded));
+        tasks.back()->resume();
+    }
+    ASSERT_TRUE(proxy.waitForClient());
+    // One thread at a time loads: it would have opened the other's connection before this one.
+    EXPECT_EQ(origin.load(origin.httpURL("/x")).data, "body");
+    EXPECT_EQ(proxy.waitingClients(), 1U);
+    for (const auto& task : tasks) task->cancel();
+    loaded->wait(2);
+}
+
 class TurnsOf : public Turns, public testing::WithParamInterface<std::vector<const char*>> {};
 
 TEST_P(TurnsOf, ComeToAll) {
