@@ -74,10 +74,15 @@ private:
     /// A page may repeat what came before, when the list grows meanwhile.
     Results withoutRepeated(Results page) {
         std::erase_if(page, [this](const auto& repository) {
-            const RKTServiceIdentifier name(repository->fullName().value_or(""));
-            return !seen_.insert(repository->identifier().value_or(name)).second;
+            return !seen_.insert(nameOf(*repository)).second;
         });
         return page;
+    }
+    /// A service may give no identifier, or an empty text for all.
+    static RKTServiceIdentifier nameOf(const RKTServiceRepository& repository) {
+        const RKTServiceIdentifier none("");
+        const auto identifier = repository.identifier().value_or(none);
+        return identifier != none ? identifier : repository.fullName().value_or("");
     }
 
     const std::shared_ptr<RKTService> service_;

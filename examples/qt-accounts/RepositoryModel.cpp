@@ -9,7 +9,7 @@ void RepositoryModel::list(const std::shared_ptr<RKTServiceCredentials>& account
     stop();
     beginResetModel();
     repositories_.clear();
-    identifiers_.clear();
+    names_.clear();
     endResetModel();
     pages_ = 0;
     received_ = 0;
@@ -51,8 +51,9 @@ void RepositoryModel::take(const RKTServiceArrayResult& result) {
         barrenPages_ = page.empty() ? barrenPages_ + 1 : 0;
         append(page);
         emit pageArrived(++pages_);
-        // A service that gives the same page again and again would never end. But Bitbucket Server
-        // counts repositories that the account may not see, too, and repeats what follows them.
+        // A service that gives the same page, or an empty one, again and again would never end. But
+        // some pages may bring nothing: Bitbucket Server counts repositories that the account may
+        // not see, too, and repeats what follows them; services with links may leave them out.
         const bool isOver = isLastPage(result) || barrenPages_ > 20;
         if (!isOver) return askForPage();
     }
@@ -70,11 +71,17 @@ bool RepositoryModel::isLastPage(const RKTServiceArrayResult& result) {
            has(RKTServiceLinkRelationPrevious);
 }
 
+// A service may give no identifier, or an empty text for all.
+static RKTServiceIdentifier nameOf(const RKTServiceRepository& repository) {
+    const RKTServiceIdentifier none("");
+    const auto identifier = repository.identifier().value_or(none);
+    return identifier != none ? identifier : repository.fullName().value_or("");
+}
+
 RKTServiceArrayResult::Results RepositoryModel::newOnes(
     RKTServiceArrayResult::Results repositories) {
     std::erase_if(repositories, [this](const auto& repository) {
-        const RKTServiceIdentifier name(repository->fullName().value_or(""));
-        return !identifiers_.insert(repository->identifier().value_or(name)).second;
+        return !names_.insert(nameOf(*repository)).second;
     });
     return repositories;
 }

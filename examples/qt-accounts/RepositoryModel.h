@@ -44,7 +44,7 @@ private:
     void stop();
 
     RKTServiceArrayResult::Results repositories_;
-    std::unordered_set<RKTServiceIdentifier> identifiers_;  // of these
+    std::unordered_set<RKTServiceIdentifier> names_;  // of these
     std::string serviceType_;
     int pages_ = 0;
     qint64 received_ = 0;

@@ -4,20 +4,24 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 
 #include "tests/helpers/Program.h"
+#include "tests/helpers/TemporaryFolder.h"
+#include "tools/korvogit-emulator/Description.h"
+#include "tools/korvogit-emulator/Emulator.h"
 
 namespace {
 
 using testing::HasSubstr;
 
-Ended runGuide(const std::string& name) {
+Ended runGuide(const std::string& name,
+               const std::string& emulatorProgram = KORVOGIT_EMULATOR_PROGRAM) {
     std::istringstream list(GUIDE_PROGRAMS);
     for (std::string path; std::getline(list, path, ':');) {
         if (std::filesystem::path(path).filename() == "korvogit-guide-" + name) {
-            return run({.program = path,
-                        .environment = {{"KORVOGIT_EMULATOR", KORVOGIT_EMULATOR_PROGRAM}}});
+            return run({.program = path, .environment = {{"KORVOGIT_EMULATOR", emulatorProgram}}});
         }
     }
     throw std::invalid_argument("There is no guide " + name);
@@ -69,6 +73,27 @@ TEST(Guide, ListsAllRepositoriesOfEachService) {
               "GitLabSelfHosted: 100 37\n"
               "Bitbucket: 100 37\n"
               "BitbucketServer: 100 37\n");
+}
+
+TEST(Guide, ListsEachRepositoryWhoseIdentifierIsEmpty) {
+    emulator::Server server;
+    const emulator::Match listing{.path = "/2.0/repositories"};
+    server.script(listing, emulator::jsonAnswer(200, R"({"values": [
+        {"uuid": "", "full_name": "o/a"}, {"uuid": "", "full_name": "o/b"}]})"),
+                  1);
+    server.script(listing, emulator::jsonAnswer(200, R"({"values": []})"));
+    // What the guide starts is not the emulator, but says where this one is.
+    const rkt::tests::TemporaryFolder folder;
+    const auto program = folder.path() / "emulator";
+    std::ofstream script(program);
+    script << "#!/bin/sh\ncat <<'END'\n";
+    emulator::describeAsJSON(server, script);
+    script << "END\n";
+    script.close();
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    const auto ended = runGuide("paging", program);
+    EXPECT_EQ(ended.error, "");
+    EXPECT_THAT(ended.output, HasSubstr("\nBitbucket: 2\n"));
 }
 
 TEST(Guide, HasATableOfTextsOfItsOwn) {

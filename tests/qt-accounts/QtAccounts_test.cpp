@@ -223,6 +223,22 @@ TEST_F(QtAccounts, EndsWhereAServiceGivesTheSamePageAgain) {
     EXPECT_EQ(rows(), 101);
 }
 
+TEST_F(QtAccounts, ListsEachRepositoryWhoseIdentifierIsEmpty) {
+    const emulator::Match listing{.path = "/2.0/repositories"};
+    server().script(listing, emulator::jsonAnswer(200, R"({"values": [
+        {"uuid": "", "full_name": "o/a"}, {"uuid": "", "full_name": "o/b"}]})"),
+                    1);
+    server().script(listing, emulator::jsonAnswer(200, R"({"values": []})"));
+    openDialog("Bitbucket Cloud");
+    choose("Sign in with", "Password");
+    type("User", "octavia");
+    type("Secret", "demo-password-octavia");
+    pressOK();
+    ASSERT_TRUE(waitForAccounts());
+    EXPECT_TRUE(waitForStatus("2 repositories"));
+    EXPECT_EQ(rows(), 2);
+}
+
 // Those that the account may not see count among those to skip, so what follows them comes again.
 TEST_F(QtAccounts, ListsAllOfABitbucketServerThatHidesSome) {
     server().script({.path = "/rest/api/1.0/repos"}, [](const emulator::Request& request) {
