@@ -14,6 +14,7 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <initializer_list>
 #include <stdexcept>
 #include <string_view>
@@ -176,6 +177,29 @@ void Program::waitUntilShown(const std::string& text) {
     while (shown_.find(text) == std::string::npos) {
         if (!advance()) throw std::runtime_error("the program ended; it has shown: " + shown_);
     }
+}
+
+// Nothing becomes readable when a terminal gets full, or a program goes to sleep: it is looked at
+// again and again.
+void Program::waitUntilTerminalIsFull() const {
+    pollfd terminal = {programSide_, POLLOUT, 0};
+    while (poll(&terminal, 1, 0) != 0 || !sleeps()) {
+        pollfd process = {processDescriptor_, POLLIN, 0};
+        if (poll(&process, 1, 1) != 0) return;
+        if (std::chrono::steady_clock::now() > deadline_) {
+            throw std::runtime_error("the terminal does not get full");
+        }
+    }
+}
+
+/// Its first thread. While a terminal is full that never blocks, the program sleeps only after the
+/// terminal has refused something.
+bool Program::sleeps() const {
+    std::ifstream file("/proc/" + std::to_string(process_) + "/stat");
+    std::string status;
+    std::getline(file, status);
+    const auto state = status.rfind(')') + 2;
+    return state < status.size() && status[state] == 'S';
 }
 
 bool Program::advance() {

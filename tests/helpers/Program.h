@@ -50,6 +50,10 @@ public:
     /// Waits until its terminal has shown this text.
     /// @throws std::runtime_error when it does not come
     void waitUntilShown(const std::string& text);
+    /// Takes nothing from its terminal until that holds no more, and the program waits for room
+    /// there or has ended. It has to write more than a terminal holds.
+    /// @throws std::runtime_error when it does not come to that
+    void waitUntilTerminalIsFull() const;
     /// @throws std::runtime_error when the program does not end
     Ended wait();
 
@@ -58,6 +62,7 @@ private:
     /// Waits for something new: takes what the terminal shows, or else returns false at the end.
     bool advance();
     bool takeFromTerminal();
+    bool sleeps() const;
 
     std::chrono::steady_clock::time_point deadline_ =
         std::chrono::steady_clock::now() + std::chrono::minutes(2);

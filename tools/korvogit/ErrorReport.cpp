@@ -50,4 +50,12 @@ RKTError errorForUselessAnswer(const std::string& sentence) {
             {{RKTError::NSLocalizedDescriptionKey, sentence}}};
 }
 
+std::optional<RKTError> errorOfListing(const RKTServiceArrayResult& page,
+                                       const std::string& serviceName) {
+    if (page.error() || page.results()) return page.error();
+    return RKTError(RKTError::NSCocoaErrorDomain, RKTError::NSPropertyListReadCorruptError,
+                    {{RKTError::NSLocalizedDescriptionKey,
+                      serviceName + " answered, but not with a list of repositories."}});
+}
+
 }  // namespace korvogit

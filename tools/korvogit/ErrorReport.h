@@ -1,7 +1,9 @@
 #pragma once
 
 #include <KorvoGitService/RKTError.h>
+#include <KorvoGitService/RKTServiceRequest.h>
 
+#include <optional>
 #include <string>
 
 namespace korvogit {
@@ -12,5 +14,10 @@ void report(const RKTError& error, const std::string& serviceName);
 
 /// For an answer that the library takes, but that lacks what a person asked for.
 RKTError errorForUselessAnswer(const std::string& sentence);
+
+/// The error of a page of repositories. Who lists wants a list, where the library takes any JSON:
+/// without one the error is that of no JSON at all.
+std::optional<RKTError> errorOfListing(const RKTServiceArrayResult& page,
+                                       const std::string& serviceName);
 
 }  // namespace korvogit

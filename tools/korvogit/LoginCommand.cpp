@@ -9,7 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <iostream>
 #include <memory>
 #include <system_error>
 #include <utility>
@@ -34,6 +33,7 @@ namespace korvogit {
 namespace {
 
 constexpr const char* callbackPath = "/callback";
+constexpr std::size_t longestReply = 4096;
 
 struct LoginOptions {
     explicit LoginOptions(CLI::App& command);
@@ -111,6 +111,7 @@ private:
     bool forPeople() const { return options_.format == Format::Table; }
     std::optional<RKTError> signIn();
     void print(const std::optional<RKTError>& error) const;
+    void answerBrowser(const std::optional<RKTError>& error) const;
     std::variant<RKTURL, RKTError> waitForBrowser(const RKTURL& url);
     std::optional<RKTError> take(const RKTURL& address);
     std::string sentence(const RKTError& error) const;
@@ -138,12 +139,13 @@ int Login::run() {
     signals_.reset();
     // First, since a token that was made must not be lost when somebody ends the program while the
     // browser takes its page.
-    print(error);
-    if (cameBack_) {
-        server_->answer(loginPage(
-            !error, service_,
-            error ? sentence(*error) : "You can go on in the window where you started korvogit."));
+    try {
+        print(error);
+    } catch (...) {
+        answerBrowser(error);
+        throw;
     }
+    answerBrowser(error);
     if (!error && forPeople()) return listRepositories();
     return exitStatus(error, signal_);
 }
@@ -158,6 +160,13 @@ void Login::print(const std::optional<RKTError>& error) const {
     } else {
         writeOutput("Signed in to " + service_ + ".\n\n" + accountSummary(*credentials_, service_));
     }
+}
+
+void Login::answerBrowser(const std::optional<RKTError>& error) const {
+    if (!cameBack_) return;
+    server_->answer(loginPage(
+        !error, service_,
+        error ? sentence(*error) : "You can go on in the window where you started korvogit."));
 }
 
 std::optional<RKTError> Login::signIn() {
@@ -219,8 +228,7 @@ std::variant<RKTURL, RKTError> Login::waitForBrowser(const RKTURL& url) {
 /// Reads what the browser brought, and exchanges it.
 std::optional<RKTError> Login::take(const RKTURL& address) {
     const auto& serviceClass = options_.oauth.serviceClass();
-    std::optional<RKTError> error;
-    if (!serviceClass.updateCredentials(*credentials_, address, &error)) return error;
+    if (auto error = takeCode(serviceClass, *credentials_, address)) return error;
     const auto answer =
         updateToken(serviceClass, service_, credentials_, false, std::move(signals_), forPeople());
     signal_ = answer.signal;
@@ -245,8 +253,11 @@ std::string Login::sentence(const RKTError& error) const {
 }
 
 std::string Login::advice(const RKTError& error) const {
-    const bool cameBack = credentials_->OAuthCode().has_value();
-    if (!cameBack && error.code() == RKTError::NSURLErrorTimedOut) {
+    const bool hasCode = !credentials_->OAuthCode().value_or("").empty();
+    if (!hasCode && error.code() == RKTError::NSURLErrorBadServerResponse) {
+        return "Nothing was refused, and no token was made. Begin the sign-in anew.";
+    }
+    if (!hasCode && error.code() == RKTError::NSURLErrorTimedOut) {
         return "Nothing is broken, and no token was made. Begin anew, or wait longer with --wait "
                "SECONDS.";
     }
@@ -264,9 +275,8 @@ void Login::show(const RKTURL& url) const {
 bool personAgrees(const std::string& question) {
     if (isatty(STDIN_FILENO) == 0) return false;
     writeOutput(question + " [Y/n] ");
-    std::string reply;
-    if (!std::getline(std::cin, reply)) return false;
-    return reply.empty() || reply.starts_with('y') || reply.starts_with('Y');
+    const std::string reply = readLine(longestReply);
+    return reply.starts_with('\n') || reply.starts_with('y') || reply.starts_with('Y');
 }
 
 int Login::listRepositories() const {
@@ -277,7 +287,7 @@ int Login::listRepositories() const {
         credentials_, service_, true, [](RKTService& service, auto handler) {
             return service.fetchRepositoriesWithRequest(nullptr, std::move(handler));
         });
-    if (const auto error = result->error()) {
+    if (const auto error = errorOfListing(*result, service_)) {
         report(*error, service_);
         return exitStatus(error, signal);
     }

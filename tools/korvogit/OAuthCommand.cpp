@@ -75,13 +75,10 @@ int authorizeURL(const StepOptions& options) {
 
 int verify(const StepOptions& options, const RKTURL& responseURL) {
     const auto credentials = options.credentials();
-    std::optional<RKTError> error;
-    options.oauth.serviceClass().updateCredentials(*credentials, responseURL, &error);
-    const bool lacksCode = !error && !credentials->OAuthCode();
-    if (lacksCode) error = errorForUselessAnswer("The redirect brings no code.");
+    const auto error = takeCode(options.oauth.serviceClass(), *credentials, responseURL);
     if (options.format == Format::Json) {
         writeOutput(jsonText(signInJSON(error, *credentials)));
-    } else if (lacksCode) {
+    } else if (error && error->domain() == RKTError::NSURLErrorDomain) {
         complain(
             error->localizedDescription(),
             {"Nothing was refused. Give the whole address, with all that follows its \"?\"; if "

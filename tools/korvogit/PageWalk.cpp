@@ -49,7 +49,7 @@ PageWalk::PageWalk(std::string_view serviceType,
     : request_(std::move(request)),
       startsAtRepositories_(serviceType == RKTServiceTypeBitbucketServer),
       countPerPage_(request_->countPerPage().value_or(longestPage(serviceType))),
-      end_(pagesByLinks(serviceType) ? End::NoNextLink : End::EmptyPage) {}
+      sign_(pagesByLinks(serviceType) ? Sign::NoNextLink : Sign::EmptyPage) {}
 
 std::shared_ptr<const RKTRepositoriesRequest> PageWalk::nextRequest() const {
     auto next = std::make_shared<RKTRepositoriesRequest>();
@@ -78,17 +78,16 @@ PageWalk::Results PageWalk::take(const RKTServiceArrayResult& page) {
     received_ += all.size();
     repositories_ += fresh.size();
     barrenPages_ = fresh.empty() ? barrenPages_ + 1 : 0;
+    emptyPages_ = all.empty() ? emptyPages_ + 1 : 0;
     if (++asked_ == 1 || !fresh.empty()) pages_ = asked_;
     // The last page does not tell it any more.
     if (const auto told = integerIn(page.totalNumberOfPages()); told > 0) total_ = told;
-    const bool isLast = isLastPage(page);
-    endsInRepetition_ = !isLast && barrenPages_ > mostBarrenPages;
-    isOver_ = isLast || endsInRepetition_;
+    end_ = endAfter(page);
     return fresh;
 }
 
 std::int64_t PageWalk::totalNumberOfPages() const {
-    return isOver_ && !endsInRepetition_ ? pages_ : total_;
+    return end_ == End::LastPage ? pages_ : total_;
 }
 
 /// By what the service calls it, or else by all that it says about it.
@@ -107,7 +106,13 @@ bool PageWalk::isLastPage(const RKTServiceArrayResult& page) const {
     if (tellOfPages(relations)) return asked_ >= integerIn(page.totalNumberOfPages());
     // Nothing is told: there is one page, unless an earlier one told of more, or a gateway's links
     // stand in place of the service's.
-    return end_ == End::NoNextLink && relations.empty() && asked_ >= total_;
+    return sign_ == Sign::NoNextLink && relations.empty() && asked_ >= total_;
+}
+
+PageWalk::End PageWalk::endAfter(const RKTServiceArrayResult& page) const {
+    if (isLastPage(page)) return End::LastPage;
+    if (barrenPages_ <= mostBarrenPages) return End::NotYet;
+    return emptyPages_ > mostBarrenPages ? End::EmptyPages : End::Repetition;
 }
 
 }  // namespace korvogit

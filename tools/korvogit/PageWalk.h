@@ -25,9 +25,11 @@ public:
     /// Takes the answer to nextRequest(), and gives the repositories that no earlier page had.
     Results take(const RKTServiceArrayResult& page);
 
-    bool isOver() const { return isOver_; }
+    bool isOver() const { return end_ != End::NotYet; }
     /// True when it is over because pages brought nothing new though the service tells of more.
-    bool endsInRepetition() const { return endsInRepetition_; }
+    bool endsInRepetition() const { return end_ == End::Repetition; }
+    /// The same, where all these pages were empty: what follows them, if anything, is missing.
+    bool endsInEmptyPages() const { return end_ == End::EmptyPages; }
     /// How many pages came, up to the last one that brought anything.
     std::int64_t pages() const { return pages_; }
     /// As far as is known: 0 when it is not.
@@ -36,16 +38,18 @@ public:
 
 private:
     /// How a service tells that there is no further page.
-    enum class End { NoNextLink, EmptyPage };
+    enum class Sign { NoNextLink, EmptyPage };
+    enum class End { NotYet, LastPage, Repetition, EmptyPages };
 
     RKTNumber nextPage() const;
     bool isNew(const RKTServiceRepository& repository);
     bool isLastPage(const RKTServiceArrayResult& page) const;
+    End endAfter(const RKTServiceArrayResult& page) const;
 
     std::shared_ptr<const RKTRepositoriesRequest> request_;
     bool startsAtRepositories_;  // see nextPage()
     RKTNumber countPerPage_;
-    End end_;
+    Sign sign_;
     std::unordered_set<std::string> seen_;
     std::int64_t asked_ = 0;  // pages
     std::int64_t pages_ = 0;
@@ -53,8 +57,8 @@ private:
     std::size_t received_ = 0;
     std::size_t repositories_ = 0;
     int barrenPages_ = 0;  // without anything new, one after another
-    bool isOver_ = false;
-    bool endsInRepetition_ = false;
+    int emptyPages_ = 0;   // one after another
+    End end_ = End::NotYet;
 };
 
 }  // namespace korvogit

@@ -3,6 +3,7 @@
 
 #include "Asking.h"
 #include "Command.h"
+#include "ErrorReport.h"
 #include "ExitStatus.h"
 #include "Format.h"
 #include "ListingOutput.h"
@@ -62,7 +63,7 @@ public:
 
 private:
     Answer<Page> ask(std::shared_ptr<const RKTRepositoriesRequest> request, Spinner& spinner);
-    std::optional<RKTError> errorOf(const RKTServiceArrayResult& page) const;
+    RKTError errorForEmptyPages() const;
     void complainAboutRepetition(const PageWalk& walk) const;
     int listPage();
     int listAll();
@@ -92,12 +93,10 @@ Answer<Page> Listing::ask(std::shared_ptr<const RKTRepositoriesRequest> request,
         spinner);
 }
 
-/// Who lists wants a list, where the library takes any JSON: the error is that of no JSON at all.
-std::optional<RKTError> Listing::errorOf(const RKTServiceArrayResult& page) const {
-    if (page.error() || page.results()) return page.error();
-    return RKTError(RKTError::NSCocoaErrorDomain, RKTError::NSPropertyListReadCorruptError,
-                    {{RKTError::NSLocalizedDescriptionKey,
-                      service_ + " answered, but not with a list of repositories."}});
+RKTError Listing::errorForEmptyPages() const {
+    return errorForUselessAnswer(service_ +
+                                 " gave one empty page after another, each with a link to a next "
+                                 "one: the list ends here, and may lack repositories.");
 }
 
 void Listing::complainAboutRepetition(const PageWalk& walk) const {
@@ -111,7 +110,7 @@ int Listing::listPage() {
     Spinner spinner("Asking " + service_, options_.format == Format::Table);
     const auto [page, signal] = ask(options_.request.request(), spinner);
     spinner.stop();
-    const auto error = errorOf(*page);
+    const auto error = errorOfListing(*page, service_);
     if (page->results()) output_->add(*page->results());
     output_->end({.error = error,
                   .linkRelations = page->linkRelations(),
@@ -132,12 +131,13 @@ int Listing::listAll() {
     while (!walk.isOver() && !end.error) {
         const auto answer = ask(walk.nextRequest(), progress.spinner());
         const auto& page = *answer.value;
-        end.error = errorOf(page);
+        end.error = errorOfListing(page, service_);
         if (end.error) break;
         const auto repositories = walk.take(page);
         progress.spinner().hide();
         end.hasResults = true;
         if (!repositories.empty()) output_->add(repositories);
+        if (walk.endsInEmptyPages()) end.error = errorForEmptyPages();
         if (!walk.isOver()) progress.show(walk);
     }
     progress.spinner().stop();

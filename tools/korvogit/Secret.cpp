@@ -1,11 +1,9 @@
 #include "Secret.h"
 
-#include <poll.h>
 #include <termios.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -48,18 +46,8 @@ public:
     SecretInput(const SecretInput&) = delete;
     SecretInput& operator=(const SecretInput&) = delete;
 
-    /// Appends what there is; false at the end of the input and when a signal has arrived.
-    bool read(std::string& text) const {
-        std::array<pollfd, 2> descriptors = {
-            {{STDIN_FILENO, POLLIN, 0}, {signals_.fileDescriptor(), POLLIN, 0}}};
-        while (poll(descriptors.data(), descriptors.size(), -1) < 0 && errno == EINTR) {
-        }
-        if (descriptors[1].revents != 0) return false;
-        char bytes[4096];
-        const ssize_t count = ::read(STDIN_FILENO, bytes, sizeof bytes);
-        if (count > 0) text.append(bytes, static_cast<std::size_t>(count));
-        return count > 0;
-    }
+    /// What there is up to the first line's end, or to a signal.
+    std::string read() const { return readLine(longestSecret, signals_.fileDescriptor()); }
 
 private:
     SignalWatch signals_;  // goes last, and then a signal that it held back ends the program
@@ -77,13 +65,7 @@ std::optional<std::string> secretFromEnvironment(const char* variable, const std
 }
 
 std::string secretFromStandardInput(const std::string& noun) {
-    std::string text;
-    {
-        const SecretInput input(noun);
-        while (text.find('\n') == std::string::npos && text.size() <= longestSecret &&
-               input.read(text)) {
-        }
-    }
+    std::string text = SecretInput(noun).read();
     if (text.empty()) throw UsageError("There is no " + noun + " on standard input.");
     const std::size_t end = text.find('\n');
     if (std::min(end, text.size()) > longestSecret) {

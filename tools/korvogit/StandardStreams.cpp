@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <system_error>
 
@@ -30,6 +31,21 @@ int writeAll(int descriptor, std::string_view text) {
     return 0;
 }
 
+/// Appends what standard input has, and waits for it; false at its end, and when the other
+/// descriptor is readable.
+bool readMore(std::string& text, int unless) {
+    std::array<char, 4096> bytes;
+    while (true) {
+        std::array<pollfd, 2> waited = {{{STDIN_FILENO, POLLIN, 0}, {unless, POLLIN, 0}}};
+        if (poll(waited.data(), waited.size(), -1) < 0 && errno == EINTR) continue;
+        if (waited[1].revents != 0) return false;
+        const ssize_t count = read(STDIN_FILENO, bytes.data(), bytes.size());
+        if (count > 0) text.append(bytes.data(), static_cast<std::size_t>(count));
+        // Refused: who shares the descriptor was faster, and made it so.
+        if (count >= 0 || (errno != EAGAIN && errno != EINTR)) return count > 0;
+    }
+}
+
 }  // namespace
 
 void occupyStandardDescriptors() {
@@ -47,6 +63,14 @@ void writeOutput(std::string_view text) {
     if (error == EPIPE) throw OutputError("");
     throw OutputError("The output could not be written: " + std::generic_category().message(error) +
                       ".");
+}
+
+std::string readLine(std::size_t longest, int unless) {
+    std::string text;
+    while (text.find('\n') == std::string::npos && text.size() <= longest &&
+           readMore(text, unless)) {
+    }
+    return text;
 }
 
 void complain(std::string_view sentence, const std::vector<std::string>& below) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -21,6 +22,11 @@ public:
 /// Writes all of it to standard output, at once.
 /// @throws OutputError
 void writeOutput(std::string_view text);
+
+/// Reads standard input until a line has ended, more than `longest` bytes have come, or it ends.
+/// What came behind the line in one piece with it is there too.
+/// @param unless a descriptor that ends it as soon as it is readable; negative: none
+std::string readLine(std::size_t longest, int unless = -1);
 
 /// Writes "korvogit: " and the sentence to standard error, and under it what else there is to say,
 /// a line each. Empty lines are left out.

@@ -6,6 +6,14 @@
 
 namespace korvogit {
 
+std::optional<RKTError> takeCode(const RKTServiceClass& serviceClass,
+                                 RKTServiceCredentials& credentials, const RKTURL& address) {
+    std::optional<RKTError> error;
+    if (!serviceClass.updateCredentials(credentials, address, &error)) return error;
+    if (!credentials.OAuthCode().value_or("").empty()) return std::nullopt;
+    return errorForUselessAnswer("The redirect brings no code.");
+}
+
 Answer<std::optional<RKTError>> updateToken(
     const RKTServiceClass& serviceClass, const std::string& serviceName,
     const std::shared_ptr<RKTServiceCredentials>& credentials, bool isRefresh,

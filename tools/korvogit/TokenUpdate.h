@@ -8,6 +8,12 @@
 
 namespace korvogit {
 
+/// Takes the code into the record that the address has to which the browser was sent back. An
+/// address without a code, or with an empty one, is an error of the domain NSURLErrorDomain; those
+/// of others are what the service says, and that it does not belong to this sign-in.
+std::optional<RKTError> takeCode(const RKTServiceClass& serviceClass,
+                                 RKTServiceCredentials& credentials, const RKTURL& address);
+
 /// Exchanges the record's code for a token, or refreshes it, and waits for the outcome. This thread
 /// is the library's main thread meanwhile. An answer without a token is an error.
 /// @param signals what to wait for besides; it is let go

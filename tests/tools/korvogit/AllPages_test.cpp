@@ -259,6 +259,7 @@ TEST_F(KorvogitAllPages, EndWithAnErrorWhereOneIsNoList) {
         EXPECT_EQ(document.at("error").at("localizedDescription"),
                   "GitHub answered, but not with a list of repositories.");
         EXPECT_EQ(document.at("results").size(), before);
+        EXPECT_EQ(document.at("results").is_null(), before == 0);
         EXPECT_EQ(document.at("totalNumberOfPages"), nullptr);
         const Ended lines = listAll({"--format", "jsonl"});
         EXPECT_EQ(lines.status, 1);
@@ -289,12 +290,38 @@ TEST_F(KorvogitAllPages, DoNotEndWithAnEmptyOneThatLinksTheNext) {
     EXPECT_EQ(document.at("totalNumberOfPages"), 4);
 }
 
-TEST_F(KorvogitAllPages, EndWhereEmptyOnesGoOnForEver) {
+// What follows them, if anything, is missing, and no script may take that for all there is.
+TEST_F(KorvogitAllPages, EndWithAnErrorWhereEmptyOnesGoOnForEver) {
+    answerPages({answerWithNext(page(1, 2))});
+    answerListings("[]", "<https://api.github.com/user/repos?page=9>; rel=\"next\"");
+    const Ended csv = listAll({"--format", "csv", "--columns", "fullName"});
+    EXPECT_EQ(csv.status, 1);
+    EXPECT_EQ(csv.output, "fullName\r\no/1\r\no/2\r\n");
+    EXPECT_EQ(csv.error,
+              "korvogit: GitHub gave one empty page after another, each with a link to a next one: "
+              "the list ends here, and may lack repositories.\n"
+              "  The credentials were not refused. Try again; should it stay, see whether a proxy "
+              "changes the answers.\n");
+    EXPECT_EQ(server.requestCount(), 22U);
+
+    const Ended printed = listAll({"--format", "json"});
+    EXPECT_EQ(printed.status, 1);
+    EXPECT_EQ(printed.error, "");
+    const auto document = json::parse(printed.output);
+    EXPECT_EQ(document.at("error").at("code"), -1011);
+    EXPECT_THAT(document.at("results"), SizeIs(2));
+    EXPECT_EQ(document.at("page"), 1);
+    EXPECT_EQ(document.at("totalNumberOfPages"), nullptr);
+    EXPECT_THAT(linesOf(listAll({"--format", "jsonl"}).output).back(), StartsWith("{\"error\":"));
+}
+
+TEST_F(KorvogitAllPages, RepeatThemselvesWhereSomeOfTheLastAreEmpty) {
+    answerPages({answerWithNext(page(1, 2)), answerWithNext(page(2, 1))});
     answerListings("[]", "<https://api.github.com/user/repos?page=9>; rel=\"next\"");
     const Ended ended = listAll({"--format", "csv", "--columns", "fullName"});
-    EXPECT_EQ(ended.output, "fullName\r\n");
+    EXPECT_EQ(ended.status, 0);
     EXPECT_THAT(ended.error, HasSubstr("what follows page 1 is empty or was listed before"));
-    EXPECT_EQ(server.requestCount(), 21U);
+    EXPECT_EQ(server.requestCount(), 22U);
 }
 
 // As when a gateway drops the header now and then.
@@ -334,6 +361,26 @@ TEST_F(KorvogitAllPages, OfRepositoriesWithoutIdentifierAreComparedWhole) {
                                                {"id": "", "full_name": "o/c"}])")});
     EXPECT_EQ(listAll({"--format", "csv", "--columns", "fullName"}).output,
               "fullName\r\no/a\r\no/b\r\no/c\r\n");
+}
+
+// As when a service, or what stands before it, blanks them.
+TEST_F(KorvogitAllPages, OfRepositoriesWithAnEmptyIdentifierAreComparedWhole) {
+    server.script({.path = "/2.0/repositories"}, [](const emulator::Request& request) {
+        const bool isFirst = request.queryValue("page") == "1";
+        const bool isSecond = request.queryValue("page") == "2";
+        json values = json::array();
+        if (isFirst) values.push_back({{"uuid", ""}, {"full_name", "o/a"}});
+        if (isFirst || isSecond) values.push_back({{"uuid", ""}, {"full_name", "o/b"}});
+        if (isSecond) values.push_back({{"uuid", ""}, {"full_name", "o/c"}});
+        return emulator::jsonAnswer(200, json{{"values", values}}.dump());
+    });
+    const auto port = std::to_string(server.httpsPort());
+    const Ended ended =
+        run(launch(all({"--service", "Bitbucket", "--cacert", server.caFile().string(),
+                        "--connect-to", "api.bitbucket.org:443:127.0.0.1:" + port, "--format",
+                        "csv", "--columns", "identifier,fullName"})));
+    EXPECT_EQ(ended.error, "");
+    EXPECT_EQ(ended.output, "identifier,fullName\r\n\"\",o/a\r\n\"\",o/b\r\n\"\",o/c\r\n");
 }
 
 // A server may allow fewer on a page than are asked for.

@@ -139,6 +139,22 @@ TEST_F(KorvogitLogin, RefusesAnAnswerWithoutAState) {
     EXPECT_TRUE(server.requests({.path = "/login/oauth/access_token"}).empty());
 }
 
+TEST_F(KorvogitLogin, ExchangesNothingWhereTheRedirectBringsNoCode) {
+    for (const char* items : {"state=", "code=&state=", "code&state="}) {
+        Program program(login());
+        const auto address = opened.wait();
+        const auto page =
+            follow(valueIn(address, "redirect_uri") + "?" + items + valueIn(address, "state"));
+        const Ended ended = program.wait();
+        EXPECT_EQ(ended.status, 1);
+        EXPECT_EQ(ended.error,
+                  "korvogit: The redirect brings no code.\n"
+                  "  Nothing was refused, and no token was made. Begin the sign-in anew.\n");
+        EXPECT_THAT(page.body, HasSubstr("The redirect brings no code."));
+    }
+    EXPECT_TRUE(server.requests({.path = "/login/oauth/access_token"}).empty());
+}
+
 TEST_F(KorvogitLogin, StopsWaitingAtItsTime) {
     const Ended ended = run(login({"--wait", "1"}));
     EXPECT_EQ(ended.status, 1);
@@ -365,6 +381,18 @@ TEST_F(KorvogitLogin, ListsRepositoriesWithoutAskingWhenToldSo) {
     EXPECT_THAT(ended.output, testing::EndsWith("Page 1 of 5\n"));  // no option leads to the next
 }
 
+TEST_F(KorvogitLogin, FailsWhereTheRepositoriesAreNoList) {
+    answerListings("{}");
+    Program program(login({"--list-repositories", "--scopes", "repo"}));
+    follow(decide(opened.wait(), "allow"));
+    const Ended ended = program.wait();
+    EXPECT_EQ(ended.status, 1);
+    EXPECT_THAT(ended.output, Not(HasSubstr("No repositories here.")));
+    EXPECT_THAT(
+        ended.error,
+        testing::StartsWith("korvogit: GitHub answered, but not with a list of repositories.\n"));
+}
+
 TEST_F(KorvogitLogin, ListsNoRepositoriesAsJSON) {
     const Ended ended = run(login({"--list-repositories", "--format", "json"}));
     EXPECT_EQ(ended.status, 2);
@@ -384,6 +412,30 @@ TEST_F(KorvogitLogin, OffersAPersonToListTheRepositories) {
         EXPECT_EQ(ended.status, 0);
         EXPECT_EQ(ended.output.find("Page 1 of 5") != std::string::npos, agrees);
     }
+}
+
+// Whoever shares the terminal may have made it so.
+TEST_F(KorvogitLogin, WaitsForTheReplyOfATerminalThatNeverBlocks) {
+    Launch launch = login({"--scopes", "repo"});
+    launch.terminalColumns = 80;
+    launch.terminalNeverBlocks = true;
+    Program program(launch);
+    follow(decide(opened.wait(), "allow"));
+    program.waitUntilShown("List its repositories? [Y/n] ");
+    program.type("y\n");
+    const Ended ended = program.wait();
+    EXPECT_EQ(ended.status, 0);
+    EXPECT_THAT(ended.output, HasSubstr("Page 1 of 5"));
+}
+
+TEST_F(KorvogitLogin, AnswersTheBrowserAlsoWhenNobodyReadsTheOutput) {
+    Launch launch = login({"--format", "json"});
+    launch.output = Launch::Output::BrokenPipe;
+    Program program(launch);
+    const auto page = follow(decide(opened.wait(), "allow"));
+    EXPECT_EQ(page.status, 200U);
+    EXPECT_THAT(page.body, HasSubstr("Signed in to GitHub"));
+    EXPECT_EQ(program.wait().status, 1);
 }
 
 TEST_F(KorvogitLogin, NeedsAClient) {

@@ -165,14 +165,17 @@ TEST_F(KorvogitOAuth, TellsTheProvidersErrorOfARedirect) {
 }
 
 TEST_F(KorvogitOAuth, FailsWhereARedirectBringsNoCode) {
-    const Ended ended = verify("myapp://x");
-    EXPECT_EQ(ended.status, 1);
-    EXPECT_EQ(parsed(verify("myapp://x", asJSON)).at("ok"), false);
-    EXPECT_EQ(
-        ended.error,
-        "korvogit: The redirect brings no code.\n"
-        "  Nothing was refused. Give the whole address, with all that follows its \"?\"; if it "
-        "was whole, begin the sign-in anew.\n");
+    for (const char* redirect : {"myapp://x", "myapp://x?code=", "myapp://x?code"}) {
+        const Ended ended = verify(redirect);
+        EXPECT_EQ(ended.status, 1);
+        EXPECT_EQ(ended.output, "");
+        EXPECT_EQ(parsed(verify(redirect, asJSON)).at("ok"), false);
+        EXPECT_EQ(
+            ended.error,
+            "korvogit: The redirect brings no code.\n"
+            "  Nothing was refused. Give the whole address, with all that follows its \"?\"; if "
+            "it was whole, begin the sign-in anew.\n");
+    }
 }
 
 TEST_F(KorvogitOAuth, DoesNotRepeatAResponseThatIsNoURL) {

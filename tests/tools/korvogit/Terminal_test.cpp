@@ -85,11 +85,16 @@ TEST_F(KorvogitTerminal, ShowsASpinnerUntilTheAnswerComes) {
 }
 
 TEST_F(KorvogitTerminal, IsWaitedForWhereItRefusesWhatIsTooMuch) {
-    Launch launch = onTerminal(Arguments{"repositories", "--all", "--format", "jsonl"} + account());
+    nlohmann::json page;
+    for (int id = 0; id < 1000; ++id) page.push_back({{"id", id}});
+    answerListings(page.dump());
+    Launch launch = onTerminal(Arguments{"repositories", "--format", "jsonl"} + account());
     launch.terminalNeverBlocks = true;
-    const Ended ended = run(launch);
+    Program program(launch);
+    program.waitUntilTerminalIsFull();
+    const Ended ended = program.wait();
     EXPECT_EQ(ended.status, 0);
-    EXPECT_EQ(std::ranges::count(ended.output, '\n'), 137);
+    EXPECT_EQ(std::ranges::count(ended.output, '\n'), 1000);
 }
 
 TEST_F(KorvogitTerminal, GetsNoSpinnerThatWraps) {
