@@ -179,21 +179,17 @@ void Program::waitUntilShown(const std::string& text) {
     }
 }
 
-// Nothing becomes readable when a terminal gets full, or a program goes to sleep: it is looked at
-// again and again.
-void Program::waitUntilTerminalIsFull() const {
-    pollfd terminal = {programSide_, POLLOUT, 0};
-    while (poll(&terminal, 1, 0) != 0 || !sleeps()) {
-        pollfd process = {processDescriptor_, POLLIN, 0};
-        if (poll(&process, 1, 1) != 0) return;
+// Nothing becomes readable when a program goes to sleep: it is looked at again and again.
+void Program::waitUntilAsleep() const {
+    pollfd process = {processDescriptor_, POLLIN, 0};
+    while (!sleeps() && poll(&process, 1, 1) == 0) {
         if (std::chrono::steady_clock::now() > deadline_) {
-            throw std::runtime_error("the terminal does not get full");
+            throw std::runtime_error("the program does not wait");
         }
     }
 }
 
-/// Its first thread. While a terminal is full that never blocks, the program sleeps only after the
-/// terminal has refused something.
+/// Its first thread.
 bool Program::sleeps() const {
     std::ifstream file("/proc/" + std::to_string(process_) + "/stat");
     std::string status;

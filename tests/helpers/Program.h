@@ -50,10 +50,10 @@ public:
     /// Waits until its terminal has shown this text.
     /// @throws std::runtime_error when it does not come
     void waitUntilShown(const std::string& text);
-    /// Takes nothing from its terminal until that holds no more, and the program waits for room
-    /// there or has ended. It has to write more than a terminal holds.
+    /// Waits until its first thread sleeps, or it has ended, and takes nothing from its terminal
+    /// meanwhile. After it has begun with what it cannot do at once there, it was refused then.
     /// @throws std::runtime_error when it does not come to that
-    void waitUntilTerminalIsFull() const;
+    void waitUntilAsleep() const;
     /// @throws std::runtime_error when the program does not end
     Ended wait();
 

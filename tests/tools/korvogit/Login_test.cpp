@@ -422,6 +422,7 @@ TEST_F(KorvogitLogin, WaitsForTheReplyOfATerminalThatNeverBlocks) {
     Program program(launch);
     follow(decide(opened.wait(), "allow"));
     program.waitUntilShown("List its repositories? [Y/n] ");
+    program.waitUntilAsleep();
     program.type("y\n");
     const Ended ended = program.wait();
     EXPECT_EQ(ended.status, 0);

@@ -91,7 +91,8 @@ TEST_F(KorvogitTerminal, IsWaitedForWhereItRefusesWhatIsTooMuch) {
     Launch launch = onTerminal(Arguments{"repositories", "--format", "jsonl"} + account());
     launch.terminalNeverBlocks = true;
     Program program(launch);
-    program.waitUntilTerminalIsFull();
+    program.waitUntilShown("\"identifier\"");
+    program.waitUntilAsleep();  // more than a terminal holds is left to write
     const Ended ended = program.wait();
     EXPECT_EQ(ended.status, 0);
     EXPECT_EQ(std::ranges::count(ended.output, '\n'), 1000);
