@@ -35,13 +35,15 @@ public:
 private:
     void receive(std::uint64_t page, const RKTServiceArrayResult& result) {
         if (result.error()) return onEnd_(result.error());
-        if (!result.results()) return onEnd_(noList());
+        if (!result.results()) return onEnd_(incomplete());
         const Results fresh = withoutRepeated(*result.results());
         received_ += result.results()->size();
         barrenPages_ = fresh.empty() ? barrenPages_ + 1 : 0;
         if (!fresh.empty()) onPage_(fresh);
-        const bool isOver = isLastPage(result) || barrenPages_ > mostBarrenPages;
-        return isOver ? onEnd_(std::nullopt) : fetch(pageAfter(page));
+        if (isLastPage(result)) return onEnd_(std::nullopt);
+        if (barrenPages_ <= mostBarrenPages) return fetch(pageAfter(page));
+        // Nothing but repetitions follows, unless the pages are empty and yet link a next one.
+        onEnd_(result.results()->empty() ? std::optional(incomplete()) : std::nullopt);
     }
 
     /// Bitbucket Server takes (page - 1) / countPerPage for the number of repositories to skip.
@@ -66,9 +68,11 @@ private:
                has(RKTServiceLinkRelationPrevious);
     }
 
-    /// The library takes any JSON; a list that ends so is not complete.
-    static RKTError noList() {
-        return {RKTError::NSURLErrorDomain, RKTError::NSURLErrorBadServerResponse};
+    /// For an answer that is JSON but no list, and for a list that may go on behind empty pages.
+    static RKTError incomplete() {
+        return {RKTError::NSURLErrorDomain,
+                RKTError::NSURLErrorBadServerResponse,
+                {{RKTError::NSLocalizedDescriptionKey, std::string("The list is not complete.")}}};
     }
 
     /// A page may repeat what came before, when the list grows meanwhile.

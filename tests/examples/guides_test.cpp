@@ -27,6 +27,19 @@ Ended runGuide(const std::string& name,
     throw std::invalid_argument("There is no guide " + name);
 }
 
+/// What the guide starts is not the emulator, but says where this one is.
+Ended runGuideAgainst(const emulator::Server& server, const std::string& name) {
+    const rkt::tests::TemporaryFolder folder;
+    const auto program = folder.path() / "emulator";
+    std::ofstream script(program);
+    script << "#!/bin/sh\ncat <<'END'\n";
+    emulator::describeAsJSON(server, script);
+    script << "END\n";
+    script.close();
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    return runGuide(name, program);
+}
+
 TEST(Guide, SignsInAndRenewsTheToken) {
     const auto ended = runGuide("accounts");
     EXPECT_EQ(ended.error, "");
@@ -82,18 +95,20 @@ TEST(Guide, ListsEachRepositoryWhoseIdentifierIsEmpty) {
         {"uuid": "", "full_name": "o/a"}, {"uuid": "", "full_name": "o/b"}]})"),
                   1);
     server.script(listing, emulator::jsonAnswer(200, R"({"values": []})"));
-    // What the guide starts is not the emulator, but says where this one is.
-    const rkt::tests::TemporaryFolder folder;
-    const auto program = folder.path() / "emulator";
-    std::ofstream script(program);
-    script << "#!/bin/sh\ncat <<'END'\n";
-    emulator::describeAsJSON(server, script);
-    script << "END\n";
-    script.close();
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    const auto ended = runGuide("paging", program);
+    const auto ended = runGuideAgainst(server, "paging");
     EXPECT_EQ(ended.error, "");
     EXPECT_THAT(ended.output, HasSubstr("\nBitbucket: 2\n"));
+}
+
+TEST(Guide, SaysThatMoreMayFollowEmptyPages) {
+    emulator::Server server;
+    auto empty = emulator::jsonAnswer(200, "[]");
+    empty.headers.add("Link", "<" + server.httpsURL() + "/next>; rel=\"next\"");
+    server.script({.path = "/api/v3/user/repos"}, empty);
+    const auto ended = runGuideAgainst(server, "paging");
+    EXPECT_EQ(ended.error, "");
+    EXPECT_THAT(ended.output, HasSubstr("\nGitHubEnterprise: The list is not complete.\n"));
+    EXPECT_THAT(ended.output, HasSubstr("\nGitLab: 100 37\n"));
 }
 
 TEST(Guide, HasATableOfTextsOfItsOwn) {
