@@ -42,9 +42,7 @@ void RepositoryModel::askForPage() {
 
 void RepositoryModel::take(const RKTServiceArrayResult& result) {
     auto error = result.error();
-    if (!error && !result.results()) {  // the library takes any JSON
-        error.emplace(RKTError::NSURLErrorDomain, RKTError::NSURLErrorBadServerResponse);
-    }
+    if (!error && !result.results()) error = incomplete();  // the library takes any JSON
     if (!error) {
         const auto page = newOnes(*result.results());
         received_ += qint64(result.results()->size());
@@ -54,11 +52,19 @@ void RepositoryModel::take(const RKTServiceArrayResult& result) {
         // A service that gives the same page, or an empty one, again and again would never end. But
         // some pages may bring nothing: Bitbucket Server counts repositories that the account may
         // not see, too, and repeats what follows them; services with links may leave them out.
-        const bool isOver = isLastPage(result) || barrenPages_ > 20;
-        if (!isOver) return askForPage();
+        const bool isLast = isLastPage(result);
+        if (!isLast && barrenPages_ <= 20) return askForPage();
+        // Behind empty pages there may be more.
+        if (!isLast && result.results()->empty()) error = incomplete();
     }
     stop();
     emit ended(error);
+}
+
+RKTError RepositoryModel::incomplete() {
+    return {RKTError::NSURLErrorDomain,
+            RKTError::NSURLErrorBadServerResponse,
+            {{RKTError::NSLocalizedDescriptionKey, std::string("The list is not complete.")}}};
 }
 
 // Services that page by links say whether there is a next page. Without such links an empty page is

@@ -37,6 +37,7 @@ private:
     void askForPage();
     void take(const RKTServiceArrayResult& result);
     static bool isLastPage(const RKTServiceArrayResult& result);
+    static RKTError incomplete();
     /// What of them the model does not have yet. A page may repeat what came before, when the list
     /// grows meanwhile.
     RKTServiceArrayResult::Results newOnes(RKTServiceArrayResult::Results repositories);

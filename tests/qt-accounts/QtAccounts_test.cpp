@@ -116,6 +116,14 @@ protected:
         pressOK();
         ASSERT_TRUE(waitForAccounts());
     }
+    void addBitbucketCloud() {
+        openDialog("Bitbucket Cloud");
+        choose("Sign in with", "Password");
+        type("User", "octavia");
+        type("Secret", "demo-password-octavia");
+        pressOK();
+        ASSERT_TRUE(waitForAccounts());
+    }
     bool waitForAccounts() {
         return QTest::qWaitFor([this] { return dialog() == nullptr; }, patience);
     }
@@ -154,12 +162,7 @@ TEST_F(QtAccounts, ListsWhatEveryServiceOffers) {
         ASSERT_TRUE(waitForAccounts()) << service;
         EXPECT_TRUE(waitForStatus("137 repositories")) << service;
     }
-    openDialog("Bitbucket Cloud");
-    choose("Sign in with", "Password");
-    type("User", "octavia");
-    type("Secret", "demo-password-octavia");
-    pressOK();
-    ASSERT_TRUE(waitForAccounts());
+    addBitbucketCloud();
     EXPECT_TRUE(waitForStatus("137 repositories"));
     EXPECT_EQ(window.findChild<QListView*>()->model()->rowCount(), 4);
 }
@@ -223,18 +226,24 @@ TEST_F(QtAccounts, EndsWhereAServiceGivesTheSamePageAgain) {
     EXPECT_EQ(rows(), 101);
 }
 
+TEST_F(QtAccounts, SaysThatMoreMayFollowEmptyPages) {
+    auto empty = emulator::jsonAnswer(200, "[]");
+    empty.headers.add("Link", "<" + server().httpsURL() + "/api/v3/user/repos>; rel=\"next\"");
+    server().script({}, emulator::jsonAnswer(200, "{}"), 1);  // the credentials are good
+    server().script({}, empty);
+    add();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return named<QLabel>("error")->isVisible(); }, patience));
+    EXPECT_EQ(named<QLabel>("error")->text().toStdString(), "The list is not complete.");
+    EXPECT_EQ(rows(), 0);
+}
+
 TEST_F(QtAccounts, ListsEachRepositoryWhoseIdentifierIsEmpty) {
     const emulator::Match listing{.path = "/2.0/repositories"};
     server().script(listing, emulator::jsonAnswer(200, R"({"values": [
         {"uuid": "", "full_name": "o/a"}, {"uuid": "", "full_name": "o/b"}]})"),
                     1);
     server().script(listing, emulator::jsonAnswer(200, R"({"values": []})"));
-    openDialog("Bitbucket Cloud");
-    choose("Sign in with", "Password");
-    type("User", "octavia");
-    type("Secret", "demo-password-octavia");
-    pressOK();
-    ASSERT_TRUE(waitForAccounts());
+    addBitbucketCloud();
     EXPECT_TRUE(waitForStatus("2 repositories"));
     EXPECT_EQ(rows(), 2);
 }
