@@ -99,6 +99,11 @@ std::string sentenceForPort(int port, const std::string& reason) {
            "); choose another one with --port.";
 }
 
+RKTError errorForLostToken() {
+    return errorForUselessAnswer(
+        "A token was made, but is lost: what korvogit has to say could not be written.");
+}
+
 /// One run of the command.
 class Login {
 public:
@@ -141,8 +146,8 @@ int Login::run() {
     // browser takes its page.
     try {
         print(error);
-    } catch (...) {
-        answerBrowser(error);
+    } catch (const OutputError&) {
+        answerBrowser(error ? error : errorForLostToken());
         throw;
     }
     answerBrowser(error);

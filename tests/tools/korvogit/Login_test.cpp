@@ -429,13 +429,14 @@ TEST_F(KorvogitLogin, WaitsForTheReplyOfATerminalThatNeverBlocks) {
     EXPECT_THAT(ended.output, HasSubstr("Page 1 of 5"));
 }
 
-TEST_F(KorvogitLogin, AnswersTheBrowserAlsoWhenNobodyReadsTheOutput) {
+TEST_F(KorvogitLogin, SaysInTheBrowserThatATokenIsLostWhichNobodyReads) {
     Launch launch = login({"--format", "json"});
     launch.output = Launch::Output::BrokenPipe;
     Program program(launch);
     const auto page = follow(decide(opened.wait(), "allow"));
     EXPECT_EQ(page.status, 200U);
-    EXPECT_THAT(page.body, HasSubstr("Signed in to GitHub"));
+    EXPECT_THAT(page.body, HasSubstr("Not signed in to GitHub"));
+    EXPECT_THAT(page.body, HasSubstr("A token was made, but is lost"));
     EXPECT_EQ(program.wait().status, 1);
 }
 
