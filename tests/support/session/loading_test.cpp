@@ -154,6 +154,16 @@ TEST_F(Loading, ReadsALoneCarriageReturnInAHeaderAsABlank) {
     EXPECT_FALSE(loaded.response->valueForHTTPHeaderField("X-Other"));
 }
 
+TEST_F(Loading, JoinsTheLinesOfAFoldedField) {
+    const auto folded =
+        RawAnswer().send("HTTP/1.1 200 OK\r\nX-Folded: a\r\n \t b \r\n\tc\r\nX-Next: d\r\n\r\n");
+    origin.server.script({.path = "/x"}, folded, 1);
+    const Loaded loaded = origin.load(origin.url("/x"));
+    ASSERT_EQ(loaded.code(), 0);
+    EXPECT_EQ(loaded.response->valueForHTTPHeaderField("X-Folded"), "a b c");
+    EXPECT_EQ(loaded.response->valueForHTTPHeaderField("X-Next"), "d");
+}
+
 // With nothing to fold it to, not even a field of the answer before.
 TEST_F(Loading, RefusesAnAnswerThatBeginsWithAFoldedLine) {
     for (int round = 0; round < 5; ++round) {
