@@ -61,7 +61,7 @@ def measure_all(programs):
         given = {"path": f"/body/{amount}.json", "warm": 2, "in_flight": 1}
         return programs("bench-Loads", requests=times, **given)["cpu_us"] / times
 
-    rounds = min(3, programs.rounds)
+    rounds = min(7, programs.rounds)
     sizes = [1 << shift for shift in (10, 13, 16, 19, 22, 25, 26)]
     return [
         _curve(rounds, "CPU of listing pages", "pages", "µs", [1, 3, 10, 30, 100, 300], pages),

@@ -83,16 +83,15 @@ void Multi::turn() {
         curl_multi_poll(multi_, nullptr, 0, std::chrono::milliseconds(longest).count(), nullptr);
     }
     curl_multi_perform(multi_, &running_);
+    noteDone();
     if (std::chrono::steady_clock::now() - lastDone_ >= longest) {
         bench::fail("the floor hangs with " + std::to_string(running_) + " transfers in flight");
     }
 }
 
-Multi::Slot& Multi::takeDone() {
-    for (;; turn()) {
-        int left = 0;
-        const auto* message = curl_multi_info_read(multi_, &left);
-        if (!message) continue;
+void Multi::noteDone() {
+    int left = 0;
+    while (const auto* message = curl_multi_info_read(multi_, &left)) {
         long status = 0;
         char* slot = nullptr;
         curl_easy_getinfo(message->easy_handle, CURLINFO_RESPONSE_CODE, &status);
@@ -101,11 +100,18 @@ Multi::Slot& Multi::takeDone() {
             bench::fail("the floor's transfer failed with status " + std::to_string(status) + ": " +
                         curl_easy_strerror(message->data.result));
         }
-        curl_multi_remove_handle(multi_, message->easy_handle);
-        --underWay_;
+        done_.push_back(reinterpret_cast<Slot*>(slot));
         lastDone_ = std::chrono::steady_clock::now();
-        return *reinterpret_cast<Slot*>(slot);
     }
+}
+
+Multi::Slot& Multi::takeDone() {
+    while (done_.empty()) turn();
+    Slot& slot = *done_.front();
+    done_.pop_front();
+    curl_multi_remove_handle(multi_, slot.easy);
+    --underWay_;
+    return slot;
 }
 
 void Multi::get(std::size_t count, const std::function<std::string(std::size_t index)>& url) {

@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <deque>
 #include <functional>
 #include <string>
 #include <vector>
@@ -43,6 +44,7 @@ private:
     static std::size_t discard(char*, std::size_t size, std::size_t count, void*);
     void begin(Slot& slot, const std::string& url);
     void turn();
+    void noteDone();
     Slot& takeDone();
 
     CURLM* multi_;
@@ -54,6 +56,7 @@ private:
     std::size_t toOpen_ = connections_;
     std::size_t opened_ = 0;
     std::size_t underWay_ = 0;
+    std::deque<Slot*> done_;
     int running_ = 0;            // for libcurl
     int roundsBeforeSleep_ = 0;  // at least
     std::chrono::steady_clock::time_point lastDone_;
