@@ -1,5 +1,7 @@
 #include "RequestOptions.h"
 
+#include <KorvoGitService/RKTServiceRepository.h>
+
 #include <charconv>
 #include <cstdint>
 #include <optional>
@@ -44,6 +46,23 @@ Key parseKey(const std::string& option, const std::string& text, Names<Key> name
     throw CLI::ValidationError(option, "must be one of " + known + "or a number");
 }
 
+// The library ignores values that it does not know, so a slip of the pen would list everything.
+std::string checkState(const std::string& text) {
+    for (const char* state : {RKTServiceRepositoryStateOpen, RKTServiceRepositoryStateClosed}) {
+        if (text == state) return {};
+    }
+    return "must be open or closed";
+}
+
+std::string checkVisibility(const std::string& text) {
+    for (const char* visibility :
+         {RKTServiceRepositoryVisibilityPublic, RKTServiceRepositoryVisibilityPrivate,
+          RKTServiceRepositoryVisibilityInternal}) {
+        if (text == visibility) return {};
+    }
+    return "must be public, private or internal";
+}
+
 constexpr std::pair<std::string_view, RKTServiceSortKey> sortKeys[] = {
     {"default", RKTServiceSortKeyDefault}, {"identifier", RKTServiceSortKeyIdentifier},
     {"name", RKTServiceSortKeyName},       {"created", RKTServiceSortKeyCreated},
@@ -61,7 +80,7 @@ constexpr std::pair<std::string_view, RKTServiceSortDirection> sortDirections[] 
 RequestOptions::RequestOptions(CLI::App& command) {
     const auto add = [&command](const char* name, const char* type, auto take,
                                 const char* description) {
-        command.add_option_function<std::string>(name, take, description)
+        return command.add_option_function<std::string>(name, take, description)
             ->group("Selection")
             ->type_name(type);
     };
@@ -92,10 +111,12 @@ RequestOptions::RequestOptions(CLI::App& command) {
         "default, ascending, descending or a number");
     add(
         "--state", "S", [&request](const std::string& text) { request.setState(text); },
-        "open or closed; default: any");
+        "open or closed; default: any")
+        ->check(checkState);
     add(
         "--visibility", "V", [&request](const std::string& text) { request.setVisibility(text); },
-        "public, private or internal; default: any");
+        "public, private or internal; default: any")
+        ->check(checkVisibility);
 }
 
 }  // namespace korvogit

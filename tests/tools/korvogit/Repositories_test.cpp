@@ -200,7 +200,6 @@ TEST_F(KorvogitRepositories, PassesNumbersOnAsTheyAre) {
     EXPECT_EQ(query({"--page", "-3"}), (Query{{"page", "-3"}}));
     EXPECT_EQ(query({"--per-page=0"}), (Query{{"per_page", "0"}}));
     EXPECT_EQ(query({"--page", "9223372036854775808"}), (Query{{"page", "9223372036854775808"}}));
-    EXPECT_EQ(query({"--visibility", "hidden", "--state", "gone"}), Query());
 }
 
 TEST_F(KorvogitRepositories, SaysThatAServiceCannotBeAskedYetAsJSON) {

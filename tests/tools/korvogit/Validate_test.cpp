@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "Korvogit.h"
 
 namespace {
@@ -120,6 +122,26 @@ TEST_F(KorvogitValidate, WarnsWhenAServersAddressIsMissing) {
     EXPECT_EQ(json::parse(ended.output).at("error"), nullptr);
     EXPECT_THAT(ended.error, StartsWith("korvogit: warning: GitHub Enterprise has no address"));
     EXPECT_THAT(ended.error, HasSubstr("--url"));
+}
+
+TEST_F(KorvogitValidate, WarnsThatOnlyTheServerOfAnAddressIsUsed) {
+    const std::string address = server.httpsURL();
+    const std::string withUser = "https://octavia:secret@" + address.substr(strlen("https://"));
+    const auto toldAt = [&](const std::string& url) {
+        const Ended ended =
+            run(launch({"validate", "--service", "GitHubEnterprise", "--url", url, "--user",
+                        "octavia", "--cacert", server.caFile().string(), "--format", "json"}));
+        EXPECT_EQ(json::parse(ended.output).at("error"), nullptr) << url;
+        return ended.error;
+    };
+    EXPECT_EQ(toldAt(address), "");
+    EXPECT_EQ(toldAt(address + "/"), "");
+    for (const auto& url : {address + "/git", address + "?team=1", address + "#home", withUser}) {
+        EXPECT_EQ(toldAt(url),
+                  "korvogit: warning: only the server is taken from --url, as in "
+                  "https://git.example.com:8443; the rest of it is left out.\n")
+            << url;
+    }
 }
 
 TEST_F(KorvogitValidate, SaysWhichServiceCannotBeAskedYet) {
