@@ -20,12 +20,6 @@ std::string checkCredentialType(const std::string& text) {
     return "must be Token, OAuth2 or Basic";
 }
 
-/// The services' APIs have their own paths at a server.
-bool isMoreThanAServer(const RKTURL& url) {
-    const bool hasPath = !url.path().empty() && url.path() != "/";
-    return url.host() && (hasPath || url.query() || url.fragment() || url.user());
-}
-
 }  // namespace
 
 AccountOptions::AccountOptions(CLI::App& command) {
@@ -60,11 +54,10 @@ std::shared_ptr<RKTServiceCredentials> AccountOptions::credentials() const {
         writeError("korvogit: warning: " + serviceName() +
                    " has no address of its own; give your server's with --url.\n");
     }
-    // Which part is not repeated, since it may hold a secret.
-    if (url_ && isMoreThanAServer(*url_)) {
+    if (url_ && url_->host() && !url_->path().empty() && url_->path() != "/") {
         writeError(
-            "korvogit: warning: only the server is taken from --url, as in "
-            "https://git.example.com:8443; the rest of it is left out.\n");
+            "korvogit: warning: the path in --url is not used: the API is asked for at the root of "
+            "the server.\n");
     }
     if (!credentials->token()) {
         hint(std::string("there is no secret; set ") + tokenVariable + " or use --token-stdin");
