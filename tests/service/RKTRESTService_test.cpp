@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <thread>
 
 #include "KorvoGitService/KorvoGitServiceErrors.h"
@@ -68,6 +69,29 @@ protected:
             {"name", RKTRepositoryFields::string<&RKTServiceRepository::setName>},
         });
         return {"/list", {}, readerPagedByLinks(readValues, mapping, std::move(request))};
+    }
+};
+
+/// Whose account changes at every step of making a request.
+class ServiceOfManyAccounts : public OwnRESTService {
+public:
+    using OwnRESTService::OwnRESTService;
+    std::function<void()> changeAccount = [] {};
+
+protected:
+    std::string validationPathForCredentials(
+        const RKTServiceCredentials& credentials) const override {
+        changeAccount();
+        return "/users/" + credentials.user().value_or("nobody");
+    }
+    std::optional<RKTURLComponents> componentsForPath(const RKTServiceCredentials& credentials,
+                                                      std::string_view path) const override {
+        changeAccount();
+        return OwnRESTService::componentsForPath(credentials, path);
+    }
+    std::string acceptHeader() const override {
+        changeAccount();
+        return OwnRESTService::acceptHeader();
     }
 };
 
@@ -449,6 +473,33 @@ TEST_F(RKTRESTServiceTest, TakesEmptyHandlers) {
     service->fetchRepositoriesWithRequest(nullptr, nullptr);
     EXPECT_EQ(validate(*service), std::nullopt);
     EXPECT_TRUE(origin.server.waitForRequests(3));
+}
+
+TEST_F(RKTRESTServiceTest, AsksForOneAccountAlthoughAnotherComesMeanwhile) {
+    answer(401, R"({"message": "first-password is wrong"})");
+    const auto account = [](const std::string& url, const char* user, const char* password) {
+        auto made = credentialsFor("Own", url, user, password);
+        made->setCredentialType("Basic");
+        return made;
+    };
+    const auto first = account(origin.server.httpsURL(), "first", "first-password");
+    const auto second = account("https://127.0.0.1:1/", "second", "second-password");
+    const auto service = RKTService::make<ServiceOfManyAccounts>(first);
+    const auto lasting = endedWithItsLastUse(service);
+    service->changeAccount = [raw = service.get(), second] { raw->setCredentials(second); };
+
+    expectHTTPError(validate(*lasting), RKTServiceErrorUnauthorized, "*** is wrong");
+    service->setCredentials(first);
+    expectHTTPError(list(*lasting)->error(), RKTServiceErrorUnauthorized, "*** is wrong");
+
+    const auto requests = origin.server.requests();
+    ASSERT_EQ(requests.size(), 2U);
+    EXPECT_EQ(requests[0].target, "/users/first");
+    EXPECT_EQ(requests[1].target, "/list");
+    for (const auto& request : requests) {
+        EXPECT_THAT(request.headers.get("Authorization"),
+                    Optional(std::string("Basic Zmlyc3Q6Zmlyc3QtcGFzc3dvcmQ=")));
+    }
 }
 
 TEST_F(RKTRESTServiceTest, ReadsAPageWhileAnotherThreadSetsCredentials) {
