@@ -346,6 +346,7 @@ TEST_F(RKTBitbucketServiceOnline, ReadsTheWebAddressAsATextAndNotOfADictionary) 
               "https://bitbucket.org/o/e");
     const auto asSent = repository(R"({"links": {"html": {"href": "https://bitbucket.org/o/e"}}})");
     EXPECT_FALSE(asSent.contains("webURL"));
+    EXPECT_EQ(repository(R"({"links": {"html": "octavia/page"}})").at("webURL"), "octavia/page");
 }
 
 TEST_F(RKTBitbucketServiceOnline, KeepsTheLaterOfTwoCloneAddresses) {

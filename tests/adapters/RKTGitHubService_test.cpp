@@ -122,6 +122,13 @@ TEST(RKTGitHubService, IgnoresTheAddressOfPublicAccounts) {
               "https://api.github.com/user/repos");
 }
 
+TEST(RKTGitHubService, IgnoresTheAddressOfAnAccountOfAnotherType) {
+    const auto service = endedWithItsLastUse(
+        RKTService::make<RKTGitHubService>(credentialsFor("Other", "https://example.com:8080/x")));
+    EXPECT_EQ(validationURL(*service), "https://api.github.com/user");
+    EXPECT_EQ(listingURL(*service), "https://api.github.com/user/repos");
+}
+
 TEST(RKTGitHubService, GoesToTheEnterpriseServer) {
     EXPECT_EQ(enterpriseValidationURL("https://ghe.example.com"),
               "https://ghe.example.com/api/v3/user");
@@ -355,6 +362,13 @@ TEST_F(RKTGitHubServiceOnline, MapsARepository) {
     EXPECT_EQ(text(found->SSHRepositoryURL()), "ssh://git@github.com/octocat/Hello-World.git");
     EXPECT_EQ(text(found->HTTPSRepositoryURL()), "https://github.com/octocat/Hello-World.git");
     EXPECT_THAT(found->defaultBranchName(), Optional(std::string("main")));
+}
+
+TEST_F(RKTGitHubServiceOnline, TakesAddressesOfPageAndDownloadAsTheyStand) {
+    const auto found =
+        repository(R"({"id": 1, "html_url": "octocat/page", "clone_url": "git@host:o/r.git"})");
+    EXPECT_EQ(text(found->webURL()), "octocat/page");
+    EXPECT_EQ(text(found->HTTPSRepositoryURL()), "git@host:o/r.git");
 }
 
 TEST_F(RKTGitHubServiceOnline, RecordsARepositoryOfUnknownVisibilityAsPrivate) {

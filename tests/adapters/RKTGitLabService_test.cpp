@@ -347,6 +347,13 @@ TEST_F(RKTGitLabServiceOnline, MapsAProject) {
         "defaultBranchName": "main"})"_json);
 }
 
+TEST_F(RKTGitLabServiceOnline, TakesAddressesOfPageAndDownloadAsTheyStand) {
+    const auto found =
+        repository(R"({"web_url": "group/page", "http_url_to_repo": "git@host:g/p.git"})");
+    EXPECT_EQ(found.at("webURL"), "group/page");
+    EXPECT_EQ(found.at("HTTPSRepositoryURL"), "git@host:g/p.git");
+}
+
 TEST_F(RKTGitLabServiceOnline, KnowsOnlyStateAndVisibilityOfAProjectWithoutMembers) {
     EXPECT_EQ(repository("{}"), R"({"state": "open", "visibility": "private"})"_json);
     EXPECT_EQ(repository(R"({"visibility": "secret", "archived": false})"),
