@@ -113,6 +113,14 @@ TEST(RKTServiceResult, IsOfTheClassThatWasAsked) {
     EXPECT_NE(std::dynamic_pointer_cast<RKTServiceArrayResult>(array), nullptr);
 }
 
+TEST(RKTServiceResult, HasTheRelationsInEveryClass) {
+    const auto linked = response({{"Link", "<https://h/?page=2>; rel=\"next\""}});
+    EXPECT_THAT(RKTServiceObjectResult::resultWithHTTPURLResponse(&linked)->linkRelations(),
+                Optional(ElementsAre(Key("next"))));
+    EXPECT_THAT(RKTServiceArrayResult::resultWithHTTPURLResponse(&linked)->linkRelations(),
+                Optional(ElementsAre(Key("next"))));
+}
+
 TEST(RKTServiceObjectResult, SharesItsResult) {
     const auto repository = std::make_shared<RKTServiceRepository>();
     RKTServiceObjectResult result;

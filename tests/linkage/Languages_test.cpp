@@ -10,6 +10,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "KorvoGitService/KorvoGitService.h"
 #include "tests/helpers/StringsTable.h"
@@ -196,6 +197,61 @@ TEST(Languages, OneThatTheProcessChangesToLater) {
     EXPECT_EQ(textsNow(), english);
     const Language language("es");
     EXPECT_EQ(textsNow().status, "no encontrado");
+}
+
+/// What the library calls credentials and services, and what it says of a sign-in.
+std::vector<std::string> namesAndSignInTexts() {
+    std::vector<std::string> texts;
+    for (const char* type : {RKTServiceCredentialTypeToken, RKTServiceCredentialTypeOAuth2,
+                             RKTServiceCredentialTypeBasic}) {
+        texts.push_back(RKTServiceCredentials::localizedNameForCredentialType(type).value());
+    }
+    for (const char* type :
+         {RKTServiceTypeAzureDevOps, RKTServiceTypeAzureDevOpsServer, RKTServiceTypeBitbucket,
+          RKTServiceTypeBitbucketServer, RKTServiceTypeGitHub, RKTServiceTypeGitHubEnterprise,
+          RKTServiceTypeGitLab, RKTServiceTypeGitLabSelfHosted}) {
+        const auto* service = RKTService::classForServiceType(type);
+        texts.push_back(service->localizedNameForServiceType(type).value());
+    }
+    const auto& gitHub = *RKTService::classForServiceType(RKTServiceTypeGitHub);
+    RKTServiceCredentials credentials(RKTServiceTypeGitHub, RKTServiceCredentialTypeOAuth2);
+    credentials.setOAuthState("state");
+    std::optional<RKTError> error;
+    gitHub.updateCredentials(credentials, RKTURL::URLWithString("app://x?state=forged").value(),
+                             &error);
+    texts.push_back(error.value().localizedDescription());
+    gitHub.updateCredentials(credentials, RKTHTTPURLResponse(std::nullopt, 200, {}), "", &error);
+    texts.push_back(error.value().localizedDescription());
+    error = gitHub.OAuth2AccessErrorWithResponseObject({{"error", "other"}});
+    texts.push_back(error.value().localizedDescription());
+    return texts;
+}
+
+TEST(Languages, EveryNameAndTextOfASignInIsLookedUp) {
+    const auto original = namesAndSignInTexts();
+    EXPECT_THAT(original,
+                testing::ElementsAre(
+                    "Personal Access Token", "OAuth Access Token", "Basic Auth", "Azure DevOps",
+                    "Azure DevOps Server", "Bitbucket Cloud", "Bitbucket Server", "GitHub",
+                    "GitHub Enterprise", "GitLab.com", "GitLab self-hosted",
+                    "Could not verify the authenticity of the OAuth2 response.",
+                    "Invalid response from OAuth2 request.", "An unknown OAuth2 error occurred."));
+    // Names of products are the same in every language that the library has, so it is given one
+    // more, which no other test process uses.
+    rkt::tests::Translations table;
+    std::vector<std::string> translated;
+    for (const auto& text : original) {
+        table.emplace(text, "<" + text + ">");
+        translated.push_back("<" + text + ">");
+    }
+    const std::string own = "names" + std::to_string(getpid());
+    const std::filesystem::path resources = RKTKorvoGitServiceBundle().resourcePath();
+    rkt::tests::writeStringsTable(resources, own, "KorvoGitService", table);
+    {
+        const Language language(own);
+        EXPECT_EQ(namesAndSignInTexts(), translated);
+    }
+    std::filesystem::remove_all(resources / own);
 }
 
 TEST(Languages, AnApplicationsTableStandsBesideTheLibrarys) {
