@@ -73,6 +73,7 @@ void Load::useEachOnce(const std::function<void()>& wait) {
 }
 
 void Load::start(std::size_t threads, std::uint64_t seed) {
+    stopping_ = false;
     while (threads_.size() < threads) {
         threads_.emplace_back([this, random = Random(seed + threads_.size())] { work(random); });
     }

@@ -61,7 +61,7 @@ void Report::print(std::ostream& stream) const {
         table.row("  last third", mebibytes(trend.last), trend.isFlat());
     } else {
         table.row("memory in use",
-                  isMemoryTold() ? "not judged below a minute" : "not told by the allocator");
+                  isLongEnough() ? "not told by the allocator" : "not judged below a minute");
     }
     table.row("resident memory", mebibytes(residentMemory));
 }

@@ -19,12 +19,13 @@ struct Report {
     std::size_t servicesLeft = 0;  ///< not freed although they were ended
     Resources before;
     Resources after;
-    std::vector<std::size_t> memory{};  ///< in use, samples at equal times, one a second
+    std::vector<std::size_t> memory{};  ///< in use at rest, one sample each secondsPerSample
     std::size_t residentMemory = 0;     ///< at the end; not judged
 
-    /// Too short a run is all warm-up.
-    bool judgesMemory() const { return memory.size() >= 60 && isMemoryTold(); }
-    bool isMemoryTold() const { return !memory.empty() && memory.back() != 0; }
+    static constexpr int secondsPerSample = 5;
+    /// A run below a minute is all warm-up.
+    bool isLongEnough() const { return memory.size() >= 60 / secondsPerSample; }
+    bool judgesMemory() const { return isLongEnough() && memory.back() != 0; }
     bool isInOrder() const;
     /// A table, with what is out of order marked.
     void print(std::ostream& stream) const;

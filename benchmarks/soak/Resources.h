@@ -27,7 +27,8 @@ std::size_t residentMemory();
 
 /// Memory in use over a run, from samples at equal times. The first third is warm-up: pools and
 /// caches fill. Memory counts as flat when the median of the last third is no more than a twentieth
-/// and 2 MiB above the median of the second third, which is room for what happens to be under way.
+/// and 2 MiB above the median of the second third, which is room for the connections and threads
+/// that happen to be open.
 struct MemoryTrend {
     std::size_t second = 0;  ///< medians, in bytes
     std::size_t last = 0;

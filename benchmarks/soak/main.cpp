@@ -66,19 +66,9 @@ soak::Resources settled(const soak::EmulatorProcess& emulator) {
     return soak::Resources::now();
 }
 
-void sampleMemory(int seconds, const soak::EmulatorProcess& emulator, soak::Report& report) {
-    const auto begin = Clock::now();
-    for (int second = 1; second <= seconds; ++second) {
-        const auto next = begin + std::chrono::seconds(second);
-        runMainQueue(24h, [&] { return Clock::now() >= next; });
-        report.memory.push_back(soak::memoryInUse());
-        emulator.disturbConnections();
-    }
-}
-
 /// The library keeps a few parsers, each with buffers of some fifteen times the largest text that
-/// it has read. The last of them may come into use, or meet its largest page, minutes into a run,
-/// which looks like a leak. So all of them read at once what is longer than any page of the load.
+/// it has read. How many there are, and how large, depends on which pages were last read at the
+/// same time. So all of them read at once what is longer than any page of the load.
 void fillKeptParsers() {
     constexpr std::size_t moreThanAreKept = 16;
     const std::string text = "[\"" + std::string(std::size_t{384} << 10, 'x') + "\"]";
@@ -90,6 +80,28 @@ void fillKeptParsers() {
     }
 }
 
+/// What is in use with nothing under way: under load it is the bodies and pages of just then.
+std::size_t memoryAtRest(soak::Load& load, const soak::Books& books) {
+    load.stop();
+    runMainQueue(30s, [&] { return isIdle(books); });
+    fillKeptParsers();
+    return soak::memoryInUse();
+}
+
+void loadFor(const Options& options, soak::Load& load, const soak::Books& books,
+             const soak::EmulatorProcess& emulator, std::vector<std::size_t>& memory) {
+    const auto begin = Clock::now();
+    for (int second = 0; second < options.seconds; ++second) {
+        load.start(options.threads, options.seed + static_cast<std::uint64_t>(second));
+        const auto next = begin + std::chrono::seconds(second + 1);
+        runMainQueue(24h, [&] { return Clock::now() >= next; });
+        emulator.disturbConnections();
+        if ((second + 1) % soak::Report::secondsPerSample == 0)
+            memory.push_back(memoryAtRest(load, books));
+    }
+    load.stop();
+}
+
 soak::Report soakFor(const Options& options) {
     const soak::EmulatorProcess emulator(options.seed);
     RKTNetworkSettings::setShared(emulator.settings());
@@ -98,11 +110,8 @@ soak::Report soakFor(const Options& options) {
     // Handlers that never ran may hold on to them, so they outlive the load in any case.
     static soak::Books books;
     soak::Load load(books, options.services, emulator.url());
-    fillKeptParsers();
     emulator.storm();
-    load.start(options.threads, options.seed);
-    sampleMemory(options.seconds, emulator, report);
-    load.stop();
+    loadFor(options, load, books, emulator, report.memory);
     report.residentMemory = soak::residentMemory();
     load.endServices();
     runMainQueue(60s, [&] { return isIdle(books) && load.livingServices() == 0; });

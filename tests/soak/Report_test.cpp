@@ -99,7 +99,7 @@ Report inOrder() {
     Report report;
     report.balance = {.started = 2, .completed = 2, .succeeded = 2};
     report.before = report.after = {17, 4};
-    report.memory.assign(60, mebibyte);
+    report.memory.assign(12, mebibyte);
     return report;
 }
 
@@ -127,7 +127,7 @@ TEST(SoakReport, MarksWhateverIsOutOfOrder) {
     spoil([](Report& report) { report.servicesLeft = 1; });
     spoil([](Report& report) { ++report.after.descriptors; });
     spoil([](Report& report) { ++report.after.threads; });
-    spoil([](Report& report) { report.memory.resize(90, 9 * mebibyte); });
+    spoil([](Report& report) { report.memory.resize(18, 9 * mebibyte); });
 }
 
 TEST(SoakReport, JudgesNoMemoryBelowAMinute) {
@@ -139,7 +139,7 @@ TEST(SoakReport, JudgesNoMemoryBelowAMinute) {
 
 TEST(SoakReport, SaysSoWhereMemoryIsNotTold) {
     auto report = inOrder();
-    report.memory.assign(60, 0);
+    report.memory.assign(12, 0);
     EXPECT_NE(text(report).find("not told by the allocator"), std::string::npos);
 }
 
